@@ -1,0 +1,439 @@
+#include "platform/dates.h"
+
+#include "platform/convert.h"
+#include "platform/formats.h"
+#include "platform/rt_error.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QRegularExpression>
+#include <QTime>
+
+#include <cmath>
+#include <vector>
+
+namespace rt {
+
+namespace {
+
+const QDate kEpoch(1899, 12, 30);
+constexpr double kFirstDay = -657434;  // 1 Jan 100
+constexpr double kLastDay = 2958465;   // 31 Dec 9999
+constexpr int kSecondsPerDay = 86400;
+
+bool inCalendar(double serial) { return serial > kFirstDay - 1 && serial < kLastDay + 1; }
+
+// The day's serial and the seconds into it; a negative serial carries its time as a positive
+// fraction, so -1.25 is 29 Dec 1899 at 6:00.
+std::pair<qint64, qint64> dayAndSeconds(double serial) {
+    qint64 day = static_cast<qint64>(std::trunc(serial));
+    qint64 seconds = std::llround(std::fabs(serial - static_cast<double>(day)) * kSecondsPerDay);
+    if (seconds >= kSecondsPerDay) {
+        seconds -= kSecondsPerDay;
+        day += serial < 0 ? -1 : 1;
+    }
+    return {day, seconds};
+}
+
+double serialOf(qint64 day, qint64 seconds) {
+    const double time = static_cast<double>(seconds) / kSecondsPerDay;
+    return day >= 0 ? static_cast<double>(day) + time : static_cast<double>(day) - time;
+}
+
+int twoDigitYear(int year, int digits) {
+    if (digits > 2) {
+        return year;
+    }
+    return year < 30 ? 2000 + year : 1900 + year;
+}
+
+struct Token {
+    enum Kind { Number, Word, Separator } kind;
+    QString text;
+    int value = 0;
+};
+
+std::optional<std::vector<Token>> tokenize(const QString& text) {
+    std::vector<Token> tokens;
+    int i = 0;
+    while (i < text.size()) {
+        const QChar c = text[i];
+        if (c.isDigit()) {
+            int j = i;
+            while (j < text.size() && text[j].isDigit()) {
+                ++j;
+            }
+            if (j - i > 9) {
+                return std::nullopt;
+            }
+            tokens.push_back({Token::Number, text.mid(i, j - i), text.mid(i, j - i).toInt()});
+            i = j;
+        } else if (c.isLetter()) {
+            int j = i;
+            while (j < text.size() && text[j].isLetter()) {
+                ++j;
+            }
+            tokens.push_back({Token::Word, text.mid(i, j - i)});
+            i = j;
+        } else if (QStringLiteral(":/-,. \t").contains(c)) {
+            tokens.push_back({Token::Separator, QString(c)});
+            ++i;
+        } else {
+            return std::nullopt;
+        }
+    }
+    return tokens;
+}
+
+int monthOf(const QString& word, const QLocale& locale) {
+    for (int m = 1; m <= 12; ++m) {
+        if (word.compare(locale.monthName(m, QLocale::LongFormat), Qt::CaseInsensitive) == 0 ||
+            word.compare(locale.monthName(m, QLocale::ShortFormat), Qt::CaseInsensitive) == 0) {
+            return m;
+        }
+    }
+    return 0;
+}
+
+// 0 for no marker, 1 for AM, 2 for PM.
+int meridiemOf(const QString& word, const QLocale& locale) {
+    if (word.compare(locale.amText(), Qt::CaseInsensitive) == 0 ||
+        word.compare(QLatin1String("a"), Qt::CaseInsensitive) == 0) {
+        return 1;
+    }
+    if (word.compare(locale.pmText(), Qt::CaseInsensitive) == 0 ||
+        word.compare(QLatin1String("p"), Qt::CaseInsensitive) == 0) {
+        return 2;
+    }
+    return 0;
+}
+
+bool isTimeSeparator(const Token& token, const QLocale& locale) {
+    if (token.kind != Token::Separator) {
+        return false;
+    }
+    const QString dateSeparator = locale.dateFormat(QLocale::ShortFormat).remove(QRegularExpression("[dMy]"));
+    return token.text == ":" || (token.text == "." && !dateSeparator.contains('.'));
+}
+
+// Takes the time out of the tokens: h:m[:s] or h followed by a marker, and a marker behind it.
+// Gives the seconds into the day, or no value where the text holds no time; fails on a bad one.
+std::optional<std::optional<int>> takeTime(std::vector<Token>& tokens, const QLocale& locale) {
+    for (size_t start = 0; start < tokens.size(); ++start) {
+        if (tokens[start].kind != Token::Number) {
+            continue;
+        }
+        std::vector<int> parts{tokens[start].value};
+        size_t end = start + 1;
+        while (end + 1 < tokens.size() && isTimeSeparator(tokens[end], locale) &&
+               tokens[end + 1].kind == Token::Number) {
+            parts.push_back(tokens[end + 1].value);
+            end += 2;
+        }
+        size_t marker = end;
+        while (marker < tokens.size() && tokens[marker].kind == Token::Separator &&
+               tokens[marker].text == " ") {
+            ++marker;
+        }
+        int meridiem = 0;
+        if (marker < tokens.size() && tokens[marker].kind == Token::Word) {
+            meridiem = meridiemOf(tokens[marker].text, locale);
+        }
+        if (parts.size() == 1 && meridiem == 0) {
+            continue;
+        }
+        if (parts.size() > 3) {
+            return std::nullopt;
+        }
+        parts.resize(3, 0);
+        int hour = parts[0];
+        if (hour > 23 || parts[1] > 59 || parts[2] > 59) {
+            return std::nullopt;
+        }
+        if (meridiem != 0 && hour <= 12) {
+            hour = (hour % 12) + (meridiem == 2 ? 12 : 0);
+        }
+        tokens.erase(tokens.begin() + start, tokens.begin() + (meridiem ? marker + 1 : end));
+        return std::optional<int>(hour * 3600 + parts[1] * 60 + parts[2]);
+    }
+    return std::optional<int>();
+}
+
+// The order of month, day and year in the locale's short date: "MDY", "DMY" or "YMD".
+QString dateOrder(const QLocale& locale) {
+    QString order;
+    for (QChar c : locale.dateFormat(QLocale::ShortFormat)) {
+        const QChar key = c == 'M' ? 'M' : c == 'd' ? 'D' : c == 'y' ? 'Y' : QChar();
+        if (!key.isNull() && !order.contains(key)) {
+            order += key;
+        }
+    }
+    return order.size() == 3 ? order : QStringLiteral("MDY");
+}
+
+bool validDay(int year, int month, int day) { return QDate::isValid(year, month, day); }
+
+struct NumberToken {
+    int value;
+    int digits;
+};
+
+std::optional<QDate> resolveDate(const std::vector<NumberToken>& numbers, int month,
+                                 const QLocale& locale) {
+    const int currentYear = QDate::currentDate().year();
+    auto year = [](const NumberToken& n) { return twoDigitYear(n.value, n.digits); };
+    auto make = [](int y, int m, int d) -> std::optional<QDate> {
+        if (y < 100 || y > 9999 || !validDay(y, m, d)) {
+            return std::nullopt;
+        }
+        return QDate(y, m, d);
+    };
+    if (month != 0) {
+        if (numbers.size() == 1) {
+            const NumberToken& n = numbers[0];
+            if (n.digits <= 2 && validDay(currentYear, month, n.value)) {
+                return make(currentYear, month, n.value);
+            }
+            return make(year(n), month, 1);
+        }
+        if (numbers.size() == 2) {
+            const NumberToken& a = numbers[0];
+            const NumberToken& b = numbers[1];
+            if (a.digits <= 2 && a.value >= 1 && a.value <= 31) {
+                return make(year(b), month, a.value);
+            }
+            return make(year(a), month, b.value);
+        }
+        return std::nullopt;
+    }
+    if (numbers.size() == 2) {
+        const int a = numbers[0].value;
+        const int b = numbers[1].value;
+        const bool dayFirst = dateOrder(locale).indexOf('D') < dateOrder(locale).indexOf('M');
+        const int m = dayFirst ? b : a;
+        const int d = dayFirst ? a : b;
+        if (m >= 1 && m <= 12 && validDay(currentYear, m, d)) {
+            return make(currentYear, m, d);
+        }
+        if (d >= 1 && d <= 12 && validDay(currentYear, d, m)) {
+            return make(currentYear, d, m);  // the first number can't be a month
+        }
+        if (m >= 1 && m <= 12 && (numbers[dayFirst ? 0 : 1].digits > 2 || d > 31)) {
+            return make(year(numbers[dayFirst ? 0 : 1]), m, 1);
+        }
+        return std::nullopt;
+    }
+    if (numbers.size() == 3) {
+        if (numbers[0].digits > 2 || numbers[0].value > 31) {
+            return make(numbers[0].value, numbers[1].value, numbers[2].value);
+        }
+        const QString order = dateOrder(locale);
+        int values[3];
+        for (int i = 0; i < 3; ++i) {
+            values[i] = order[i] == 'Y' ? year(numbers[i]) : numbers[i].value;
+        }
+        int m = values[order.indexOf('M')];
+        int d = values[order.indexOf('D')];
+        const int y = values[order.indexOf('Y')];
+        if (m > 12 && d <= 12) {
+            std::swap(m, d);
+        }
+        if (m < 1 || m > 12) {
+            return std::nullopt;
+        }
+        return make(y, m, d);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+double DateSerial(int year, int month, int day) {
+    const QDate date(year, month, day);
+    if (!date.isValid() || year < 100 || year > 9999) {
+        throw Error::standard(InvalidProcedureCall);
+    }
+    return static_cast<double>(kEpoch.daysTo(date));
+}
+
+double TimeSerial(int hour, int minute, int second) {
+    return static_cast<double>(hour * 3600 + minute * 60 + second) / kSecondsPerDay;
+}
+
+DateParts splitDate(double serial) {
+    const auto [day, seconds] = dayAndSeconds(serial);
+    const QDate date = kEpoch.addDays(day);
+    return {date.year(),
+            date.month(),
+            date.day(),
+            static_cast<int>(seconds / 3600),
+            static_cast<int>(seconds / 60 % 60),
+            static_cast<int>(seconds % 60)};
+}
+
+double joinDate(const DateParts& parts) {
+    const qint64 day = kEpoch.daysTo(QDate(parts.year, parts.month, parts.day));
+    return serialOf(day, parts.hour * 3600 + parts.minute * 60 + parts.second);
+}
+
+double Now() {
+    const QDateTime now = QDateTime::currentDateTime();
+    const QTime time = now.time();
+    return joinDate({now.date().year(), now.date().month(), now.date().day(), time.hour(),
+                     time.minute(), time.second()});
+}
+
+double Today() { return static_cast<double>(kEpoch.daysTo(QDate::currentDate())); }
+
+std::optional<double> parseDateText(const QString& input, const QLocale& locale) {
+    auto tokens = tokenize(input.trimmed());
+    if (!tokens || tokens->empty()) {
+        return std::nullopt;
+    }
+    const auto time = takeTime(*tokens, locale);
+    if (!time) {
+        return std::nullopt;
+    }
+    std::vector<NumberToken> numbers;
+    int month = 0;
+    for (const Token& token : *tokens) {
+        if (token.kind == Token::Number) {
+            numbers.push_back({token.value, static_cast<int>(token.text.size())});
+        } else if (token.kind == Token::Word) {
+            const int m = monthOf(token.text, locale);
+            if (m == 0 || month != 0) {
+                return std::nullopt;
+            }
+            month = m;
+        }
+    }
+    const int seconds = time->value_or(0);
+    if (numbers.empty() && month == 0) {
+        if (!time->has_value()) {
+            return std::nullopt;
+        }
+        return static_cast<double>(seconds) / kSecondsPerDay;
+    }
+    const auto date = resolveDate(numbers, month, locale);
+    if (!date) {
+        return std::nullopt;
+    }
+    return serialOf(kEpoch.daysTo(*date), seconds);
+}
+
+double CDate(const Variant& value) {
+    switch (value.type()) {
+        case VarType::Date:
+            return value.realValue();
+        case VarType::String:
+            if (auto serial = parseDateText(value.text())) {
+                return *serial;
+            }
+            throw Error::standard(TypeMismatch);
+        default: {
+            const double serial = CDbl(value);
+            if (!inCalendar(serial)) {
+                throw Error::standard(Overflow);
+            }
+            return serial;
+        }
+    }
+}
+
+bool IsDate(const Variant& value) {
+    if (value.isDate()) {
+        return true;
+    }
+    return value.isString() && parseDateText(value.text()).has_value();
+}
+
+double DateAdd(const QString& interval, double number, double date) {
+    const QString unit = interval.toLower();
+    const qint64 count = static_cast<qint64>(std::trunc(number));
+    auto [day, seconds] = dayAndSeconds(date);
+    if (unit == "yyyy" || unit == "q" || unit == "m") {
+        const int months = static_cast<int>(count) * (unit == "yyyy" ? 12 : unit == "q" ? 3 : 1);
+        const QDate start = kEpoch.addDays(day);
+        const QDate shifted = QDate(start.year(), start.month(), 1).addMonths(months);
+        const int lastDay = shifted.daysInMonth();
+        day = kEpoch.daysTo(QDate(shifted.year(), shifted.month(), std::min(start.day(), lastDay)));
+    } else if (unit == "d" || unit == "y" || unit == "w") {
+        day += count;
+    } else if (unit == "ww") {
+        day += count * 7;
+    } else if (unit == "h" || unit == "n" || unit == "s") {
+        const qint64 step = unit == "h" ? 3600 : unit == "n" ? 60 : 1;
+        const qint64 total = day * kSecondsPerDay + (day < 0 ? -seconds : seconds) + count * step;
+        double result = static_cast<double>(total) / kSecondsPerDay;
+        if (!inCalendar(result)) {
+            throw Error::standard(InvalidProcedureCall);
+        }
+        return result;
+    } else {
+        throw Error::standard(InvalidProcedureCall);
+    }
+    const double result = serialOf(day, seconds);
+    if (!inCalendar(result)) {
+        throw Error::standard(InvalidProcedureCall);
+    }
+    return result;
+}
+
+qint32 DateDiff(const QString& interval, double date1, double date2) {
+    const QString unit = interval.toLower();
+    const auto [day1, seconds1] = dayAndSeconds(date1);
+    const auto [day2, seconds2] = dayAndSeconds(date2);
+    auto floorDiv = [](qint64 a, qint64 b) { return a >= 0 ? a / b : -((-a + b - 1) / b); };
+    if (unit == "d" || unit == "y") {
+        return static_cast<qint32>(day2 - day1);
+    }
+    if (unit == "w") {
+        return static_cast<qint32>((day2 - day1) / 7);
+    }
+    if (unit == "ww") {
+        return static_cast<qint32>(floorDiv(day2 - 1, 7) - floorDiv(day1 - 1, 7));
+    }
+    const DateParts a = splitDate(date1);
+    const DateParts b = splitDate(date2);
+    if (unit == "yyyy") {
+        return b.year - a.year;
+    }
+    if (unit == "q") {
+        return (b.year - a.year) * 4 + (b.month - 1) / 3 - (a.month - 1) / 3;
+    }
+    if (unit == "m") {
+        return (b.year - a.year) * 12 + b.month - a.month;
+    }
+    const qint64 total1 = day1 * kSecondsPerDay + (day1 < 0 ? -seconds1 : seconds1);
+    const qint64 total2 = day2 * kSecondsPerDay + (day2 < 0 ? -seconds2 : seconds2);
+    if (unit == "h" || unit == "n") {
+        const qint64 step = unit == "h" ? 3600 : 60;
+        return static_cast<qint32>(floorDiv(total2, step) - floorDiv(total1, step));
+    }
+    if (unit == "s") {
+        return static_cast<qint32>(total2 - total1);
+    }
+    throw Error::standard(InvalidProcedureCall);
+}
+
+int Weekday(double date) {
+    const qint64 day = dayAndSeconds(date).first;
+    return static_cast<int>(((day - 1) % 7 + 7) % 7) + 1;
+}
+
+QString dateText(double serial) {
+    const auto [day, seconds] = dayAndSeconds(serial);
+    const RegionalFormats formats = regionalFormats();
+    const QLocale locale;
+    const QDate date = kEpoch.addDays(day);
+    const QTime time = QTime(0, 0).addSecs(static_cast<int>(seconds));
+    if (day == 0) {
+        return locale.toString(time, formats.longTime);
+    }
+    if (seconds == 0) {
+        return locale.toString(date, formats.shortDate);
+    }
+    return locale.toString(date, formats.shortDate) + " " + locale.toString(time, formats.longTime);
+}
+
+}  // namespace rt

@@ -1,0 +1,146 @@
+#pragma once
+
+#include "platform/variant.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+// The database engine: databases opened by path, dynaset cursors over them, and the SQL
+// dialect the suite writes (double-quoted strings, bracketed names, CDATE, DATEADD,
+// SELECT ... INTO [;database=path].table). Failures are rt::Error with the engine's numbers.
+namespace engine {
+
+// Field types, numbered as the suite's data-access library numbers them.
+enum FieldType : int {
+    dbBoolean = 1,
+    dbByte = 2,
+    dbInteger = 3,
+    dbLong = 4,
+    dbCurrency = 5,
+    dbSingle = 6,
+    dbDouble = 7,
+    dbDate = 8,
+    dbBinary = 9,
+    dbText = 10,
+    dbLongBinary = 11,
+    dbMemo = 12,
+    dbGUID = 15,
+    dbBigInt = 16,
+    dbDecimal = 20,
+};
+
+struct FieldInfo {
+    QString name;
+    int type = dbText;
+    qint32 size = 0;
+};
+
+class Recordset;
+
+// One column of a cursor, read and written on the cursor's current row (or its edit buffer).
+class Field {
+public:
+    Field(Recordset* recordset, int index) : recordset_(recordset), index_(index) {}
+    QString name() const;
+    int type() const;
+    qint32 size() const;
+    rt::Variant value() const;
+    void setValue(const rt::Variant& value);
+    // Part of a long binary value, from `offset`; shorter or empty past its end, Null when the
+    // value is Null.
+    rt::Variant getChunk(qint64 offset, qint64 bytes) const;
+    // Adds bytes to the end of the value in the edit buffer.
+    void appendChunk(const QByteArray& bytes);
+
+private:
+    Recordset* recordset_;
+    int index_;
+};
+
+// A dynaset: the rows of a query, updatable where they come from one table. RecordCount is the
+// count of rows visited so far until MoveLast; a new row's counter is readable right after
+// AddNew, and after its Update the row stands last.
+class Recordset {
+public:
+    virtual ~Recordset() = default;
+
+    virtual void close() = 0;
+    virtual bool eof() const = 0;
+    virtual bool bof() const = 0;
+    virtual void moveFirst() = 0;
+    virtual void moveNext() = 0;
+    virtual void movePrevious() = 0;
+    virtual void moveLast() = 0;
+    virtual void move(qint32 rows) = 0;  // relative to the current row
+    virtual qint32 absolutePosition() const = 0;
+    virtual qint32 recordCount() const = 0;
+    virtual void findFirst(const QString& criteria) = 0;
+    virtual void findNext(const QString& criteria) = 0;
+    virtual bool noMatch() const = 0;
+    virtual void edit() = 0;
+    virtual void addNew() = 0;
+    virtual void update() = 0;
+    virtual void cancelUpdate() = 0;
+    virtual void deleteCurrent() = 0;
+    virtual void requery() = 0;
+
+    virtual int fieldCount() const = 0;
+    virtual FieldInfo fieldInfo(int index) const = 0;
+    // -1 for a name the cursor doesn't have; names match without regard to case.
+    virtual int fieldIndex(const QString& name) const = 0;
+    virtual rt::Variant fieldValue(int index) const = 0;
+    virtual void setFieldValue(int index, const rt::Variant& value) = 0;
+
+    // By position or by name; raises 3265 for one that isn't there.
+    Field field(int index);
+    Field field(const QString& name);
+};
+
+class Database {
+public:
+    virtual ~Database() = default;
+
+    // A dynaset on a SELECT statement or on a bare table name.
+    virtual std::unique_ptr<Recordset> openRecordset(const QString& source) = 0;
+    // Runs one action query.
+    virtual void execute(const QString& sql) = 0;
+    virtual void close() = 0;
+    virtual void deleteTable(const QString& name) = 0;
+    // A named property of the database; 3270 when it has none of that name.
+    virtual rt::Variant property(const QString& name) const = 0;
+    virtual void setProperty(const QString& name, const rt::Variant& value) = 0;
+
+    // Makes the statements up to commitTrans one unit; transactions nest.
+    virtual void beginTrans() = 0;
+    virtual void commitTrans() = 0;
+    virtual void rollback() = 0;
+
+    virtual QString name() const = 0;
+};
+
+// Opens an existing database, shared and writable: a file path opens the embedded engine.
+// A missing file or one that is no database is refused; nothing is ever created here.
+std::unique_ptr<Database> openDatabase(const QString& path);
+
+// How long a write waits for another process's lock before it fails with 3218.
+void setLockWait(int milliseconds);
+int lockWait();
+
+// Makes a command's statements one unit: what the scope did not commit is rolled back when it
+// ends, also when a failure leaves it.
+class Transaction {
+public:
+    explicit Transaction(Database& database);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit();
+
+private:
+    Database& database_;
+    bool open_ = true;
+};
+
+}  // namespace engine

@@ -1,0 +1,329 @@
+#include "platform/engine/sqlite_support.h"
+
+#include "platform/convert.h"
+#include "platform/dates.h"
+#include "platform/engine/engine.h"
+#include "platform/engine/errors.h"
+
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace engine {
+
+Connection::~Connection() {
+    if (db) {
+        sqlite3_close_v2(db);
+    }
+}
+
+sqlite3* Connection::handle() const {
+    if (!db) {
+        throw error(ObjectInvalid);
+    }
+    return db;
+}
+
+rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql, FailureContext context) {
+    const QString message = QString::fromUtf8(sqlite3_errmsg(db));
+    const int extended = sqlite3_extended_errcode(db);
+    auto after = [&](const char* prefix) {
+        return message.mid(message.indexOf(QLatin1String(prefix)) + int(strlen(prefix))).trimmed();
+    };
+    switch (code & 0xFF) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return error(Locked);
+        case SQLITE_READONLY:
+            return error(ReadOnly);
+        case SQLITE_NOTADB:
+        case SQLITE_CORRUPT:
+            return error(UnrecognizedFormat, sqlite3_db_filename(db, "main"));
+        case SQLITE_TOOBIG:
+            return error(DataTooLong);
+        case SQLITE_CONSTRAINT:
+            if (extended == SQLITE_CONSTRAINT_NOTNULL) {
+                return error(NullNotAllowed, after(": ").section('.', -1));
+            }
+            if (extended == SQLITE_CONSTRAINT_CHECK) {
+                return error(DataTooLong);
+            }
+            return error(DuplicateValue);
+        default:
+            break;
+    }
+    if (message.startsWith(QLatin1String("no such table:"))) {
+        return error(InputTableNotFound, after("no such table:").section('.', -1));
+    }
+    if (message.startsWith(QLatin1String("no such column:"))) {
+        if (context == FailureContext::Criteria) {
+            return error(UnknownName, after("no such column:"));
+        }
+        return error(TooFewParameters, QStringLiteral("1"));
+    }
+    if (message.contains(QLatin1String("already exists"))) {
+        static const QRegularExpression name(QStringLiteral("table \"?([^\" ]+)\"? already exists"));
+        return error(TableExists, name.match(message).captured(1));
+    }
+    if (message.contains(QLatin1String("syntax error")) || message.contains(QLatin1String("incomplete input")) ||
+        message.contains(QLatin1String("unrecognized token"))) {
+        return error(SyntaxError, QStringLiteral("Syntax error (missing operator)"), sql);
+    }
+    if (context == FailureContext::Criteria) {
+        return error(CriteriaMismatch);
+    }
+    return rt::Error(3000 + (code & 0xFF), message, QStringLiteral("Engine"));
+}
+
+Prepared::Prepared(sqlite3* db, const QString& sql, const QString& original, FailureContext context)
+    : db_(db), original_(original.isEmpty() ? sql : original), context_(context) {
+    const QByteArray text = sql.toUtf8();
+    const char* tail = nullptr;
+    const int code = sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement_, &tail);
+    if (code != SQLITE_OK) {
+        throw sqliteFailure(db, code, original_, context_);
+    }
+    if (tail && QByteArray(tail).trimmed().size() > 0) {
+        sqlite3_finalize(statement_);
+        statement_ = nullptr;
+        throw error(CharactersAfterEnd);
+    }
+    if (!statement_) {
+        throw error(SyntaxError, QStringLiteral("Syntax error"), original_);
+    }
+}
+
+Prepared::~Prepared() { sqlite3_finalize(statement_); }
+
+void Prepared::bind(int index, const rt::Variant& value) {
+    using rt::VarType;
+    switch (value.type()) {
+        case VarType::Empty:
+        case VarType::Null:
+            sqlite3_bind_null(statement_, index);
+            break;
+        case VarType::Integer:
+        case VarType::Long:
+        case VarType::Boolean:
+            sqlite3_bind_int64(statement_, index, value.integerValue());
+            break;
+        case VarType::Currency:
+            sqlite3_bind_double(statement_, index, double(value.integerValue()) / 10000.0);
+            break;
+        case VarType::Single:
+        case VarType::Double:
+        case VarType::Date:
+            sqlite3_bind_double(statement_, index, value.realValue());
+            break;
+        case VarType::String: {
+            const QByteArray text = value.text().toUtf8();
+            sqlite3_bind_text(statement_, index, text.constData(), int(text.size()), SQLITE_TRANSIENT);
+            break;
+        }
+        case VarType::Bytes:
+            sqlite3_bind_blob(statement_, index, value.bytes().constData(), int(value.bytes().size()),
+                              SQLITE_TRANSIENT);
+            break;
+    }
+}
+
+bool Prepared::step() {
+    const int code = sqlite3_step(statement_);
+    if (code == SQLITE_ROW) {
+        return true;
+    }
+    if (code == SQLITE_DONE) {
+        return false;
+    }
+    const rt::Error failure = sqliteFailure(db_, code, original_, context_);
+    sqlite3_reset(statement_);
+    throw failure;
+}
+
+void Prepared::reset() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+int Prepared::columnCount() const { return sqlite3_column_count(statement_); }
+
+void run(sqlite3* db, const QString& sql, const QString& original) {
+    Prepared statement(db, sql, original);
+    while (statement.step()) {
+    }
+}
+
+int fieldTypeOf(const QString& declared) {
+    const QString d = declared.toUpper();
+    if (d.isEmpty()) {
+        return 0;
+    }
+    struct Rule {
+        const char* word;
+        int type;
+    };
+    // Longer words first, so that SMALLINT is not taken for INT.
+    static const Rule rules[] = {
+        {"LONGTEXT", dbMemo},   {"MEMO", dbMemo},         {"LONGBINARY", dbLongBinary},
+        {"BLOB", dbLongBinary}, {"IMAGE", dbLongBinary},  {"VARBINARY", dbBinary},
+        {"BINARY", dbBinary},   {"BIT", dbBoolean},       {"BOOL", dbBoolean},
+        {"YESNO", dbBoolean},   {"TINYINT", dbByte},      {"BYTE", dbByte},
+        {"SMALLINT", dbInteger}, {"SHORT", dbInteger},    {"BIGINT", dbBigInt},
+        {"COUNTER", dbLong},    {"INT", dbLong},          {"LONG", dbLong},
+        {"CURRENCY", dbCurrency}, {"MONEY", dbCurrency},  {"SINGLE", dbSingle},
+        {"REAL4", dbSingle},    {"DOUBLE", dbDouble},     {"FLOAT", dbDouble},
+        {"REAL", dbDouble},     {"DECIMAL", dbDecimal},   {"NUMERIC", dbDecimal},
+        {"DATE", dbDate},       {"TIME", dbDate},         {"GUID", dbGUID},
+        {"CHAR", dbText},       {"TEXT", dbText},         {"STRING", dbText},
+    };
+    for (const Rule& rule : rules) {
+        if (d.contains(QLatin1String(rule.word))) {
+            return rule.type;
+        }
+    }
+    return 0;
+}
+
+qint32 fieldSizeOf(int type, const QString& declared) {
+    switch (type) {
+        case dbBoolean:
+        case dbByte:
+            return 1;
+        case dbInteger:
+            return 2;
+        case dbLong:
+        case dbSingle:
+            return 4;
+        case dbCurrency:
+        case dbDouble:
+        case dbDate:
+        case dbBigInt:
+            return 8;
+        case dbGUID:
+            return 16;
+        case dbText:
+        case dbBinary: {
+            static const QRegularExpression size(QStringLiteral("\\(\\s*(\\d+)\\s*\\)"));
+            const auto match = size.match(declared);
+            return match.hasMatch() ? match.captured(1).toInt() : 255;
+        }
+        default:
+            return 0;
+    }
+}
+
+rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
+    const int stored = sqlite3_column_type(statement, column);
+    if (stored == SQLITE_NULL) {
+        return rt::Variant::null();
+    }
+    auto text = [&] {
+        return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
+                                 sqlite3_column_bytes(statement, column));
+    };
+    auto blob = [&] {
+        return QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)),
+                          sqlite3_column_bytes(statement, column));
+    };
+    const qint64 integer = sqlite3_column_int64(statement, column);
+    const double real = sqlite3_column_double(statement, column);
+    switch (type) {
+        case dbBoolean:
+            return rt::Variant(integer != 0);
+        case dbByte:
+        case dbInteger:
+            return rt::Variant(static_cast<qint16>(integer));
+        case dbLong:
+            return rt::Variant(static_cast<int>(integer));
+        case dbBigInt:
+            return rt::Variant(integer);
+        case dbCurrency:
+            return rt::Variant::currency(std::llround(real * 10000.0));
+        case dbSingle:
+            return rt::Variant(static_cast<float>(real));
+        case dbDouble:
+        case dbDecimal:
+            return rt::Variant(real);
+        case dbDate:
+            if (stored == SQLITE_TEXT) {
+                if (auto serial = rt::parseDateText(text())) {
+                    return rt::Variant::date(*serial);
+                }
+                return rt::Variant(text());
+            }
+            return rt::Variant::date(real);
+        case dbText:
+        case dbMemo:
+        case dbGUID:
+            return rt::Variant(text());
+        case dbBinary:
+        case dbLongBinary:
+            return rt::Variant(blob());
+        default:
+            break;
+    }
+    switch (stored) {
+        case SQLITE_INTEGER:
+            return rt::Variant(integer);
+        case SQLITE_FLOAT:
+            return rt::Variant(real);
+        case SQLITE_BLOB:
+            return rt::Variant(blob());
+        default:
+            return rt::Variant(text());
+    }
+}
+
+rt::Variant coerce(const rt::Variant& value, int type, qint32 size) {
+    if (value.isNull() || value.isEmpty()) {
+        return rt::Variant::null();
+    }
+    try {
+        switch (type) {
+            case dbBoolean:
+                return rt::Variant(rt::CBool(value));
+            case dbByte: {
+                const qint16 number = rt::CInt(value);
+                if (number < 0 || number > 255) {
+                    throw rt::Error::standard(rt::Overflow);
+                }
+                return rt::Variant(number);
+            }
+            case dbInteger:
+                return rt::Variant(rt::CInt(value));
+            case dbLong:
+                return rt::Variant(int(rt::CLng(value)));
+            case dbCurrency:
+                return rt::Variant::currency(rt::CCur(value));
+            case dbSingle:
+                return rt::Variant(rt::CSng(value));
+            case dbDouble:
+            case dbDecimal:
+            case dbBigInt:
+                return rt::Variant(rt::CDbl(value));
+            case dbDate:
+                return rt::Variant::date(rt::CDate(value));
+            case dbBinary:
+            case dbLongBinary:
+                return value.type() == rt::VarType::Bytes ? value : rt::Variant(rt::CStr(value).toUtf8());
+            default: {
+                const QString text = rt::CStr(value);
+                if (type == dbText && size > 0 && text.size() > size) {
+                    throw error(DataTooLong);
+                }
+                return rt::Variant(text);
+            }
+        }
+    } catch (const rt::Error& failure) {
+        if (failure.number() == rt::TypeMismatch) {
+            throw error(ConversionError);
+        }
+        throw;
+    }
+}
+
+QString quoteName(const QString& name) {
+    return "\"" + QString(name).replace(QLatin1String("\""), QLatin1String("\"\"")) + "\"";
+}
+
+}  // namespace engine

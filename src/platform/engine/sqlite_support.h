@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/rt_error.h"
+#include "platform/variant.h"
+
+#include <QString>
+
+#include <sqlite3.h>
+
+#include <memory>
+
+// What the embedded backend's database and cursors share: the open handle, prepared
+// statements, and the mapping of values and failures between SQLite and the engine.
+namespace engine {
+
+struct Connection {
+    sqlite3* db = nullptr;
+    int transactionDepth = 0;
+    ~Connection();
+    sqlite3* handle() const;  // raises 3420 once closed
+};
+
+// What a failed call means to the caller, to word the failure.
+enum class FailureContext { Statement, Criteria };
+
+rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql,
+                        FailureContext context = FailureContext::Statement);
+
+class Prepared {
+public:
+    // `sql` is the embedded engine's text; `original` words the failure. Raises 3142 when the
+    // text holds more than one statement.
+    Prepared(sqlite3* db, const QString& sql, const QString& original = QString(),
+             FailureContext context = FailureContext::Statement);
+    ~Prepared();
+    Prepared(const Prepared&) = delete;
+    Prepared& operator=(const Prepared&) = delete;
+
+    void bind(int index, const rt::Variant& value);  // from 1
+    bool step();  // True with a row to read
+    void reset();
+    int columnCount() const;
+    sqlite3_stmt* get() const { return statement_; }
+
+private:
+    sqlite3* db_;
+    sqlite3_stmt* statement_ = nullptr;
+    QString original_;
+    FailureContext context_;
+};
+
+// Runs one statement that returns nothing.
+void run(sqlite3* db, const QString& sql, const QString& original = QString());
+
+// The engine type of a declared column type; 0 where the declaration says nothing.
+int fieldTypeOf(const QString& declaredType);
+qint32 fieldSizeOf(int type, const QString& declaredType);
+
+// A stored value as a variant of the column's engine type (0: by what is stored).
+rt::Variant readColumn(sqlite3_stmt* statement, int column, int type);
+
+// A value made fit for a column of that type and size: 3421 when it can't be, 3163 when a
+// text is too long.
+rt::Variant coerce(const rt::Variant& value, int type, qint32 size);
+
+QString quoteName(const QString& name);
+
+}  // namespace engine

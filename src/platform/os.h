@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// The few operating-system calls the program makes, with the semantics of the desktop's own.
+namespace platform {
+
+// Copies the value of `key` in `section` of the settings file, or `defaultValue` (its trailing
+// blanks cut) where file, section or key is missing, into `buffer`, cut to `size` - 1
+// characters; returns the count copied. Sections and keys match without regard to case; a key
+// present with an empty value copies nothing. With `size` 0 the buffer is left as it is.
+int GetPrivateProfileString(const QString& section, const QString& key, const QString& defaultValue,
+                            QString& buffer, int size, const QString& file);
+
+// Writes `key`=`value` into `section`, making file, section and key as needed. No value deletes
+// the key, no key deletes the section. False for an empty file name or a failed write.
+bool WritePrivateProfileString(const QString& section, const std::optional<QString>& key,
+                               const std::optional<QString>& value, const QString& file);
+
+// The system directory into `buffer` when it fits in `size`; returns its length, or the length
+// needed when it doesn't fit. On Windows it is the real one; elsewhere one folder shared by all
+// the suite's programs of the user, under the generic configuration location, made on first use.
+int GetSystemDirectory(QString& buffer, int size);
+
+// The folder of the running executable.
+QString programFolder();
+
+// A folder and a name in it, with the platform's separator.
+QString joinPath(const QString& folder, const QString& name);
+
+}  // namespace platform
