@@ -73,7 +73,8 @@ double numberOf(const Variant& value) {
 template <typename Int>
 Int roundedInteger(const Variant& value) {
     const double rounded = std::nearbyint(numberOf(value));  // the FPU's half-to-even
-    if (!(rounded >= std::numeric_limits<Int>::min() && rounded <= std::numeric_limits<Int>::max())) {
+    if (!(rounded >= std::numeric_limits<Int>::min() &&
+          rounded <= std::numeric_limits<Int>::max())) {
         throw Error::standard(Overflow);
     }
     return static_cast<Int>(rounded);
@@ -101,9 +102,13 @@ QString significantText(double value, int digits) {
 
 }  // namespace
 
-qint16 CInt(const Variant& value) { return roundedInteger<qint16>(value); }
+qint16 CInt(const Variant& value) {
+    return roundedInteger<qint16>(value);
+}
 
-qint32 CLng(const Variant& value) { return roundedInteger<qint32>(value); }
+qint32 CLng(const Variant& value) {
+    return roundedInteger<qint32>(value);
+}
 
 float CSng(const Variant& value) {
     const double number = numberOf(value);
@@ -113,7 +118,9 @@ float CSng(const Variant& value) {
     return static_cast<float>(number);
 }
 
-double CDbl(const Variant& value) { return numberOf(value); }
+double CDbl(const Variant& value) {
+    return numberOf(value);
+}
 
 qint64 CCur(const Variant& value) {
     if (value.type() == VarType::Currency) {
@@ -166,9 +173,13 @@ QString CStr(const Variant& value) {
     return {};
 }
 
-QString singleText(float value) { return significantText(value, 7); }
+QString singleText(float value) {
+    return significantText(value, 7);
+}
 
-QString doubleText(double value) { return significantText(value, 15); }
+QString doubleText(double value) {
+    return significantText(value, 15);
+}
 
 bool IsNumeric(const Variant& value) {
     switch (value.type()) {

@@ -21,7 +21,9 @@ constexpr double kFirstDay = -657434;  // 1 Jan 100
 constexpr double kLastDay = 2958465;   // 31 Dec 9999
 constexpr int kSecondsPerDay = 86400;
 
-bool inCalendar(double serial) { return serial > kFirstDay - 1 && serial < kLastDay + 1; }
+bool inCalendar(double serial) {
+    return serial > kFirstDay - 1 && serial < kLastDay + 1;
+}
 
 // The day's serial and the seconds into it; a negative serial carries its time as a positive
 // fraction, so -1.25 is 29 Dec 1899 at 6:00.
@@ -112,7 +114,8 @@ bool isTimeSeparator(const Token& token, const QLocale& locale) {
     if (token.kind != Token::Separator) {
         return false;
     }
-    const QString dateSeparator = locale.dateFormat(QLocale::ShortFormat).remove(QRegularExpression("[dMy]"));
+    const QString dateSeparator =
+        locale.dateFormat(QLocale::ShortFormat).remove(QRegularExpression("[dMy]"));
     return token.text == ":" || (token.text == "." && !dateSeparator.contains('.'));
 }
 
@@ -171,7 +174,9 @@ QString dateOrder(const QLocale& locale) {
     return order.size() == 3 ? order : QStringLiteral("MDY");
 }
 
-bool validDay(int year, int month, int day) { return QDate::isValid(year, month, day); }
+bool validDay(int year, int month, int day) {
+    return QDate::isValid(year, month, day);
+}
 
 struct NumberToken {
     int value;
@@ -283,7 +288,9 @@ double Now() {
                      time.minute(), time.second()});
 }
 
-double Today() { return static_cast<double>(kEpoch.daysTo(QDate::currentDate())); }
+double Today() {
+    return static_cast<double>(kEpoch.daysTo(QDate::currentDate()));
+}
 
 std::optional<double> parseDateText(const QString& input, const QLocale& locale) {
     auto tokens = tokenize(input.trimmed());

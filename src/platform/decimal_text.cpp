@@ -67,7 +67,9 @@ Decimal exactDecimal(double value) {
     return normalised(value < 0, digits, text.mid(e + 1).toInt());
 }
 
-Decimal roundSignificant(const Decimal& value, int digits) { return roundAt(value, digits); }
+Decimal roundSignificant(const Decimal& value, int digits) {
+    return roundAt(value, digits);
+}
 
 Decimal roundFixed(const Decimal& value, int decimals) {
     return roundAt(value, value.exponent + 1 + decimals);

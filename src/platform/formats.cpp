@@ -91,7 +91,8 @@ QString patternText(double value, QString pattern) {
     if (integerPart.contains(',')) {
         integer = grouped(integer, QLocale().groupSeparator());
     }
-    const QString text = fraction.isEmpty() ? integer : integer + QLocale().decimalPoint() + fraction;
+    const QString text =
+        fraction.isEmpty() ? integer : integer + QLocale().decimalPoint() + fraction;
     const QString sign = rounded.negative && !rounded.isZero() ? QStringLiteral("-") : QString();
     return sign + prefix + text + (percent ? QStringLiteral("%") : QString()) + suffix;
 }
@@ -140,9 +141,9 @@ QString Format(const Variant& value, const QString& format) {
         bool timeOnly;
     };
     const NamedDate named[] = {
-        {"short date", formats.shortDate, false}, {"long date", formats.longDate, false},
+        {"short date", formats.shortDate, false},   {"long date", formats.longDate, false},
         {"medium date", formats.mediumDate, false}, {"long time", formats.longTime, true},
-        {"medium time", formats.mediumTime, true}, {"short time", formats.shortTime, true},
+        {"medium time", formats.mediumTime, true},  {"short time", formats.shortTime, true},
     };
     for (const NamedDate& n : named) {
         if (name == QLatin1String(n.name)) {

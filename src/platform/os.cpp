@@ -62,7 +62,9 @@ std::vector<ProfileLine> readProfile(const QString& file) {
     return lines;
 }
 
-bool sameName(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
+bool sameName(const QString& a, const QString& b) {
+    return a.compare(b, Qt::CaseInsensitive) == 0;
+}
 
 // The line range [first, end) of the first section of that name, or nothing.
 std::optional<std::pair<size_t, size_t>> findSection(const std::vector<ProfileLine>& lines,
@@ -79,8 +81,8 @@ std::optional<std::pair<size_t, size_t>> findSection(const std::vector<ProfileLi
     return std::nullopt;
 }
 
-std::optional<size_t> findKey(const std::vector<ProfileLine>& lines, std::pair<size_t, size_t> range,
-                              const QString& key) {
+std::optional<size_t> findKey(const std::vector<ProfileLine>& lines,
+                              std::pair<size_t, size_t> range, const QString& key) {
     for (size_t i = range.first + 1; i < range.second; ++i) {
         if (lines[i].kind == ProfileLine::Key && sameName(lines[i].name, key)) {
             return i;

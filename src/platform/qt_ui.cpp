@@ -64,7 +64,9 @@ QString qtFilter(const QString& filter) {
 // Quits an event loop when the watched window is hidden.
 class HideWatcher : public QObject {
 public:
-    HideWatcher(QWidget* window, QEventLoop* loop) : loop_(loop) { window->installEventFilter(this); }
+    HideWatcher(QWidget* window, QEventLoop* loop) : loop_(loop) {
+        window->installEventFilter(this);
+    }
 
 protected:
     bool eventFilter(QObject*, QEvent* event) override {
@@ -81,7 +83,8 @@ private:
 }  // namespace
 
 int QtUi::messageBox(const QString& text, int style, const QString& title) {
-    QMessageBox box(iconFor(style), title, text, QMessageBox::NoButton, QApplication::activeWindow());
+    QMessageBox box(iconFor(style), title, text, QMessageBox::NoButton,
+                    QApplication::activeWindow());
     const std::vector<int> answers = Msg::answersOf(style);
     for (int answer : answers) {
         box.addButton(standardButtonOf(answer));
@@ -123,7 +126,9 @@ void QtUi::setBusy(bool busy) {
     }
 }
 
-void QtUi::doEvents() { QApplication::processEvents(); }
+void QtUi::doEvents() {
+    QApplication::processEvents();
+}
 
 std::optional<QString> QtUi::openFileDialog(const FileDialogRequest& request) {
     QFileDialog dialog(QApplication::activeWindow());

@@ -11,8 +11,8 @@ int ScriptedUi::messageBox(const QString& text, int style, const QString& title)
         answer = answers.front();
         answers.pop_front();
     }
-    messages.push_back(
-        {text, title, Msg::buttonsOf(style), Msg::iconOf(style), Msg::defaultButtonOf(style), answer});
+    messages.push_back({text, title, Msg::buttonsOf(style), Msg::iconOf(style),
+                        Msg::defaultButtonOf(style), answer});
     return answer;
 }
 
@@ -34,7 +34,9 @@ void ScriptedUi::setBusy(bool value) {
     busy = value;
 }
 
-void ScriptedUi::doEvents() { ++eventRuns; }
+void ScriptedUi::doEvents() {
+    ++eventRuns;
+}
 
 std::optional<QString> ScriptedUi::openFileDialog(const FileDialogRequest& request) {
     fileDialogs.push_back(request);

@@ -32,7 +32,9 @@ Ui& ui() {
     return *installed;
 }
 
-void setUi(Ui* seam) { installed = seam; }
+void setUi(Ui* seam) {
+    installed = seam;
+}
 
 void failRun(const rt::Error& error) {
     ShowMsg(error.description());
@@ -46,10 +48,18 @@ int ShowMsg(const QString& prompt, int buttons, const QString& title) {
                                      title.isEmpty() ? platform::kApplicationTitle : title);
 }
 
-void ShowBusy() { platform::ui().setBusy(true); }
+void ShowBusy() {
+    platform::ui().setBusy(true);
+}
 
-void ShowIdle() { platform::ui().setBusy(false); }
+void ShowIdle() {
+    platform::ui().setBusy(false);
+}
 
-void DoEvents() { platform::ui().doEvents(); }
+void DoEvents() {
+    platform::ui().doEvents();
+}
 
-void End() { platform::ui().endRun(); }
+void End() {
+    platform::ui().endRun();
+}

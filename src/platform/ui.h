@@ -30,9 +30,15 @@ enum Style : int {
 };
 enum Result : int { OK = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
 
-inline int buttonsOf(int style) { return style & 0x0F; }
-inline int iconOf(int style) { return style & 0xF0; }
-inline int defaultButtonOf(int style) { return (style & 0xF00) / 256 + 1; }  // 1, 2 or 3
+inline int buttonsOf(int style) {
+    return style & 0x0F;
+}
+inline int iconOf(int style) {
+    return style & 0xF0;
+}
+inline int defaultButtonOf(int style) {
+    return (style & 0xF00) / 256 + 1;
+}  // 1, 2 or 3
 // The answers of a box's buttons, left to right.
 std::vector<int> answersOf(int style);
 }  // namespace Msg

@@ -5,7 +5,8 @@
 namespace rt {
 
 Variant::Variant(qint64 value) {
-    if (value >= std::numeric_limits<qint32>::min() && value <= std::numeric_limits<qint32>::max()) {
+    if (value >= std::numeric_limits<qint32>::min() &&
+        value <= std::numeric_limits<qint32>::max()) {
         type_ = VarType::Long;
         int_ = value;
     } else {

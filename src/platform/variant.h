@@ -58,7 +58,7 @@ public:
 
 private:
     VarType type_ = VarType::Empty;
-    qint64 int_ = 0;  // Integer, Long, Currency, Boolean
+    qint64 int_ = 0;   // Integer, Long, Currency, Boolean
     double real_ = 0;  // Single, Double, Date
     QString text_;
     QByteArray bytes_;

@@ -42,7 +42,9 @@ QString enclosed(const QString& sql, int& i, QChar close, const char* what) {
     return text;
 }
 
-bool isWordChar(QChar c) { return c.isLetterOrNumber() || c == '_' || c == '$'; }
+bool isWordChar(QChar c) {
+    return c.isLetterOrNumber() || c == '_' || c == '$';
+}
 
 QString quoteString(const QString& text) {
     return "'" + QString(text).replace(QLatin1String("'"), QLatin1String("''")) + "'";
@@ -52,9 +54,13 @@ QString quoteName(const QString& text) {
     return "\"" + QString(text).replace(QLatin1String("\""), QLatin1String("\"\"")) + "\"";
 }
 
-QString nameOf(const Token& token) { return token.text; }
+QString nameOf(const Token& token) {
+    return token.text;
+}
 
-bool isNameToken(const Token& token) { return token.kind == Token::Word || token.kind == Token::Name; }
+bool isNameToken(const Token& token) {
+    return token.kind == Token::Word || token.kind == Token::Name;
+}
 
 }  // namespace
 
@@ -147,9 +153,11 @@ QString render(const Tokens& tokens, size_t first, size_t last) {
                 break;
             case Token::DateLiteral: {
                 // Date literals are in US order whatever the machine's locale.
-                const auto serial = rt::parseDateText(t.text, QLocale(QLocale::English, QLocale::UnitedStates));
+                const auto serial =
+                    rt::parseDateText(t.text, QLocale(QLocale::English, QLocale::UnitedStates));
                 if (!serial) {
-                    throw error(SyntaxError, QStringLiteral("Syntax error in date"), "#" + t.text + "#");
+                    throw error(SyntaxError, QStringLiteral("Syntax error in date"),
+                                "#" + t.text + "#");
                 }
                 out += QString::number(*serial, 'g', 17);
                 break;
@@ -195,7 +203,7 @@ namespace {
 // back: one table, no DISTINCT, UNION, grouping or join.
 QString updatableTableOf(const Tokens& tokens, const std::vector<size_t>& top) {
     static const char* const blockers[] = {"distinct", "distinctrow", "union", "group",
-                                           "having", "join", "into", "top"};
+                                           "having",   "join",        "into",  "top"};
     for (size_t index : top) {
         for (const char* word : blockers) {
             if (tokens[index].isWord(word)) {

@@ -12,7 +12,9 @@ struct Token {
     QString text;  // a Name or String without its brackets or quotes, a date between the #s
 
     bool isWord(const char* word) const;
-    bool isSymbol(const char* symbol) const { return kind == Symbol && text == QLatin1String(symbol); }
+    bool isSymbol(const char* symbol) const {
+        return kind == Symbol && text == QLatin1String(symbol);
+    }
 };
 using Tokens = std::vector<Token>;
 

@@ -9,11 +9,21 @@ namespace {
 int lockWaitMilliseconds = 3000;
 }
 
-QString Field::name() const { return recordset_->fieldInfo(index_).name; }
-int Field::type() const { return recordset_->fieldInfo(index_).type; }
-qint32 Field::size() const { return recordset_->fieldInfo(index_).size; }
-rt::Variant Field::value() const { return recordset_->fieldValue(index_); }
-void Field::setValue(const rt::Variant& value) { recordset_->setFieldValue(index_, value); }
+QString Field::name() const {
+    return recordset_->fieldInfo(index_).name;
+}
+int Field::type() const {
+    return recordset_->fieldInfo(index_).type;
+}
+qint32 Field::size() const {
+    return recordset_->fieldInfo(index_).size;
+}
+rt::Variant Field::value() const {
+    return recordset_->fieldValue(index_);
+}
+void Field::setValue(const rt::Variant& value) {
+    recordset_->setFieldValue(index_, value);
+}
 
 rt::Variant Field::getChunk(qint64 offset, qint64 bytes) const {
     const rt::Variant whole = value();
@@ -46,13 +56,25 @@ Field Recordset::field(const QString& name) {
     return Field(this, index);
 }
 
-std::unique_ptr<Database> openDatabase(const QString& path) { return SqliteDatabase::open(path); }
+std::unique_ptr<Database> openDatabase(const QString& path) {
+    return SqliteDatabase::open(path);
+}
 
-void setLockWait(int milliseconds) { lockWaitMilliseconds = milliseconds; }
+std::unique_ptr<Database> createDatabase(const QString& path) {
+    return SqliteDatabase::create(path);
+}
 
-int lockWait() { return lockWaitMilliseconds; }
+void setLockWait(int milliseconds) {
+    lockWaitMilliseconds = milliseconds;
+}
 
-Transaction::Transaction(Database& database) : database_(database) { database_.beginTrans(); }
+int lockWait() {
+    return lockWaitMilliseconds;
+}
+
+Transaction::Transaction(Database& database) : database_(database) {
+    database_.beginTrans();
+}
 
 Transaction::~Transaction() {
     if (open_) {

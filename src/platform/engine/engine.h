@@ -123,6 +123,8 @@ public:
 // Opens an existing database, shared and writable: a file path opens the embedded engine.
 // A missing file or one that is no database is refused; nothing is ever created here.
 std::unique_ptr<Database> openDatabase(const QString& path);
+// Makes a new, empty database file; 3204 when the file exists already.
+std::unique_ptr<Database> createDatabase(const QString& path);
 
 // How long a write waits for another process's lock before it fails with 3218.
 void setLockWait(int milliseconds);

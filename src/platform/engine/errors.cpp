@@ -15,6 +15,7 @@ rt::Error error(int number, const QString& argument, const QString& argument2) {
         {FileNotFound, "Couldn't find file '%1'."},
         {ReadOnly, "Couldn't update; database or object is read-only."},
         {InvalidPath, "'%1' isn't a valid path."},
+        {DatabaseExists, "Database already exists."},
         {CannotOpenFile, "Couldn't open file '%1'."},
         {TooFewParameters, "Too few parameters. Expected %1."},
         {CannotExecuteSelect, "Can't execute a select query."},

@@ -14,6 +14,7 @@ enum ErrorNumber {
     FileNotFound = 3024,
     ReadOnly = 3027,
     InvalidPath = 3044,
+    DatabaseExists = 3204,
     CannotOpenFile = 3051,
     TooFewParameters = 3061,
     CannotExecuteSelect = 3065,
@@ -35,6 +36,7 @@ enum ErrorNumber {
 };
 
 // The failure of that number with its text, the placeholders filled in order.
-rt::Error error(int number, const QString& argument = QString(), const QString& argument2 = QString());
+rt::Error error(int number, const QString& argument = QString(),
+                const QString& argument2 = QString());
 
 }  // namespace engine

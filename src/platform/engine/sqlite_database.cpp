@@ -6,6 +6,8 @@
 #include "platform/engine/sqlite_recordset.h"
 #include "platform/engine/sqlite_support.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace engine {
@@ -24,7 +26,8 @@ rt::Variant argument(sqlite3_value* value) {
         case SQLITE_FLOAT:
             return rt::Variant(sqlite3_value_double(value));
         default:
-            return rt::Variant(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(value))));
+            return rt::Variant(
+                QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_value_text(value))));
     }
 }
 
@@ -77,6 +80,14 @@ void dateDiffFunction(sqlite3_context* context, int, sqlite3_value** values) {
     });
 }
 
+// CHR(code): the character of that code.
+void chrFunction(sqlite3_context* context, int, sqlite3_value** values) {
+    guardedFunction(context, [&] {
+        const QByteArray text = QString(QChar(rt::CInt(argument(values[0])))).toUtf8();
+        sqlite3_result_text(context, text.constData(), int(text.size()), SQLITE_TRANSIENT);
+    });
+}
+
 void nowFunction(sqlite3_context* context, int, sqlite3_value**) {
     sqlite3_result_double(context, rt::Now());
 }
@@ -86,12 +97,14 @@ void registerFunctions(sqlite3* db) {
     sqlite3_create_function(db, "CDATE", 1, flags, nullptr, cdateFunction, nullptr, nullptr);
     sqlite3_create_function(db, "DATEADD", 3, flags, nullptr, dateAddFunction, nullptr, nullptr);
     sqlite3_create_function(db, "DATEDIFF", 3, flags, nullptr, dateDiffFunction, nullptr, nullptr);
+    sqlite3_create_function(db, "CHR", 1, flags, nullptr, chrFunction, nullptr, nullptr);
     sqlite3_create_function(db, "NOW", 0, flags, nullptr, nowFunction, nullptr, nullptr);
 }
 
 bool tableExists(sqlite3* db, const QString& schema, const QString& table) {
-    Prepared find(db, "SELECT 1 FROM " + schema + ".sqlite_master WHERE type = 'table' AND name = ?1 "
-                      "COLLATE NOCASE");
+    Prepared find(db, "SELECT 1 FROM " + schema +
+                          ".sqlite_master WHERE type = 'table' AND name = ?1 "
+                          "COLLATE NOCASE");
     find.bind(1, rt::Variant(table));
     return find.step();
 }
@@ -129,6 +142,29 @@ std::unique_ptr<Database> SqliteDatabase::open(const QString& path) {
     return std::unique_ptr<Database>(new SqliteDatabase(std::move(connection), path));
 }
 
+std::unique_ptr<Database> SqliteDatabase::create(const QString& path) {
+    const QFileInfo file(path);
+    if (file.exists()) {
+        throw error(DatabaseExists);
+    }
+    if (path.trimmed().isEmpty() || !file.absoluteDir().exists()) {
+        throw error(InvalidPath, path);
+    }
+    sqlite3* db = nullptr;
+    const int code = sqlite3_open_v2(path.toUtf8().constData(), &db,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    // A file only comes into being with its first page; write one so that it opens as a database.
+    const int written = code == SQLITE_OK
+                            ? sqlite3_exec(db, "PRAGMA user_version = 1", nullptr, nullptr, nullptr)
+                            : code;
+    sqlite3_close_v2(db);
+    if (written != SQLITE_OK) {
+        QFile::remove(path);
+        throw error(CannotOpenFile, path);
+    }
+    return open(path);
+}
+
 SqliteDatabase::SqliteDatabase(std::shared_ptr<Connection> connection, QString path)
     : connection_(std::move(connection)), path_(std::move(path)) {}
 
@@ -137,7 +173,8 @@ SqliteDatabase::~SqliteDatabase() = default;
 std::unique_ptr<Recordset> SqliteDatabase::openRecordset(const QString& source) {
     connection_->handle();
     const dialect::Statement statement = dialect::analyse(source);
-    if (statement.kind == dialect::Statement::SelectInto || statement.kind == dialect::Statement::Action) {
+    if (statement.kind == dialect::Statement::SelectInto ||
+        statement.kind == dialect::Statement::Action) {
         throw error(InputTableNotFound, source);
     }
     return std::make_unique<SqliteRecordset>(connection_, statement, source);
@@ -175,7 +212,8 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
     const bool ownTransaction = sqlite3_get_autocommit(db) != 0;
     auto finish = [&] {
         if (external) {
-            sqlite3_exec(db, ("DETACH DATABASE " + kIntoSchema).toUtf8().constData(), nullptr, nullptr, nullptr);
+            sqlite3_exec(db, ("DETACH DATABASE " + kIntoSchema).toUtf8().constData(), nullptr,
+                         nullptr, nullptr);
         }
     };
     try {
@@ -189,9 +227,10 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
         const QString source = dialect::render(statement.intoSource);
         if (!statement.intoSourceTable.isEmpty()) {
             // A copy of a whole table keeps its column types, sizes and collations.
-            Prepared definition(db, QStringLiteral(
-                                        "SELECT sql FROM main.sqlite_master WHERE type = 'table' AND name = ?1 "
-                                        "COLLATE NOCASE"));
+            Prepared definition(
+                db, QStringLiteral(
+                        "SELECT sql FROM main.sqlite_master WHERE type = 'table' AND name = ?1 "
+                        "COLLATE NOCASE"));
             definition.bind(1, rt::Variant(statement.intoSourceTable));
             if (!definition.step()) {
                 throw error(InputTableNotFound, statement.intoSourceTable);
@@ -234,7 +273,8 @@ void SqliteDatabase::deleteTable(const QString& name) {
 rt::Variant SqliteDatabase::property(const QString& name) const {
     sqlite3* db = connection_->handle();
     if (tableExists(db, QStringLiteral("main"), kPropertiesTable)) {
-        Prepared read(db, "SELECT value FROM " + kPropertiesTable + " WHERE name = ?1 COLLATE NOCASE");
+        Prepared read(db,
+                      "SELECT value FROM " + kPropertiesTable + " WHERE name = ?1 COLLATE NOCASE");
         read.bind(1, rt::Variant(name));
         if (read.step()) {
             return readColumn(read.get(), 0, 0);
@@ -247,7 +287,8 @@ void SqliteDatabase::setProperty(const QString& name, const rt::Variant& value) 
     sqlite3* db = connection_->handle();
     run(db, "CREATE TABLE IF NOT EXISTS " + kPropertiesTable +
                 " (name TEXT PRIMARY KEY COLLATE NOCASE, value)");
-    Prepared write(db, "INSERT OR REPLACE INTO " + kPropertiesTable + " (name, value) VALUES (?1, ?2)");
+    Prepared write(db,
+                   "INSERT OR REPLACE INTO " + kPropertiesTable + " (name, value) VALUES (?1, ?2)");
     write.bind(1, rt::Variant(name));
     write.bind(2, value);
     write.step();

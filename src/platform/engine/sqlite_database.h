@@ -14,6 +14,7 @@ struct Connection;
 class SqliteDatabase : public Database {
 public:
     static std::unique_ptr<Database> open(const QString& path);
+    static std::unique_ptr<Database> create(const QString& path);
     ~SqliteDatabase() override;
 
     std::unique_ptr<Recordset> openRecordset(const QString& source) override;

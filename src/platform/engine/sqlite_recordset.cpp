@@ -8,13 +8,16 @@ namespace engine {
 
 SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
                                  const dialect::Statement& statement, QString source)
-    : connection_(std::move(connection)), source_(std::move(source)), table_(statement.updatableTable) {
+    : connection_(std::move(connection)),
+      source_(std::move(source)),
+      table_(statement.updatableTable) {
     if (statement.kind == dialect::Statement::TableName) {
         sql_ = "SELECT rowid, * FROM " + quoteName(table_);
     } else if (!table_.isEmpty()) {
         // The rowid goes first, so that each row can be found again to write it back.
         const std::vector<size_t> top = dialect::topLevel(statement.tokens);
-        sql_ = "SELECT " + quoteName(table_) + ".rowid, " + dialect::render(statement.tokens, top[0] + 1);
+        sql_ = "SELECT " + quoteName(table_) + ".rowid, " +
+               dialect::render(statement.tokens, top[0] + 1);
     } else {
         sql_ = dialect::render(statement.tokens);
     }
@@ -67,10 +70,10 @@ void SqliteRecordset::load() {
             if (column.info.type == 0 && !row.values.back().isNull()) {
                 // A computed column takes its type from the first value it shows.
                 const rt::VarType kind = row.values.back().type();
-                column.info.type = kind == rt::VarType::Long ? dbLong
+                column.info.type = kind == rt::VarType::Long     ? dbLong
                                    : kind == rt::VarType::Double ? dbDouble
-                                   : kind == rt::VarType::Bytes ? dbLongBinary
-                                                                : dbText;
+                                   : kind == rt::VarType::Bytes  ? dbLongBinary
+                                                                 : dbText;
                 column.info.size = fieldSizeOf(column.info.type, QString());
             }
         }
@@ -254,7 +257,8 @@ void SqliteRecordset::find(const QString& criteria, int from) {
                                              ? "(" + parameter + " COLLATE NOCASE)"
                                              : parameter};
     }
-    Prepared test(db(), "SELECT (" + dialect::render(tokens) + ")", criteria, FailureContext::Criteria);
+    Prepared test(db(), "SELECT (" + dialect::render(tokens) + ")", criteria,
+                  FailureContext::Criteria);
     for (auto index = nextLive(from, 1); index; index = nextLive(*index + 1, 1)) {
         test.reset();
         for (size_t p = 0; p < parameterColumns.size(); ++p) {
@@ -270,7 +274,9 @@ void SqliteRecordset::find(const QString& criteria, int from) {
     noMatch_ = true;
 }
 
-void SqliteRecordset::findFirst(const QString& criteria) { find(criteria, 0); }
+void SqliteRecordset::findFirst(const QString& criteria) {
+    find(criteria, 0);
+}
 
 void SqliteRecordset::findNext(const QString& criteria) {
     checkOpen();
@@ -292,10 +298,12 @@ void SqliteRecordset::requireUpdatable() const {
 std::vector<rt::Variant> SqliteRecordset::readBaseRow(qint64 rowid) const {
     QStringList names;
     for (const Column& column : columns_) {
-        names << (column.baseColumn.isEmpty() ? QStringLiteral("NULL") : quoteName(column.baseColumn));
+        names << (column.baseColumn.isEmpty() ? QStringLiteral("NULL")
+                                              : quoteName(column.baseColumn));
     }
-    Prepared statement(db(), "SELECT " + names.join(", ") + " FROM " + quoteName(table_) +
-                                 " WHERE rowid = ?1", source_);
+    Prepared statement(
+        db(), "SELECT " + names.join(", ") + " FROM " + quoteName(table_) + " WHERE rowid = ?1",
+        source_);
     statement.bind(1, rt::Variant(rowid));
     if (!statement.step()) {
         throw error(RecordDeleted);
@@ -357,20 +365,23 @@ qint64 SqliteRecordset::reserveCounter(const Column& counter) {
         run(handle, QStringLiteral("BEGIN IMMEDIATE"));
     }
     try {
-        Prepared highest(handle,
-                         "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
-                         "COALESCE((SELECT max(" + quoteName(counter.baseColumn) + ") FROM " +
-                             quoteName(table_) + "), 0))",
-                         source_);
+        Prepared highest(
+            handle,
+            "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
+            "COALESCE((SELECT max(" +
+                quoteName(counter.baseColumn) + ") FROM " + quoteName(table_) + "), 0))",
+            source_);
         highest.bind(1, rt::Variant(table_));
         highest.step();
         const qint64 next = sqlite3_column_int64(highest.get(), 0) + 1;
-        Prepared store(handle, QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"), source_);
+        Prepared store(
+            handle, QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"), source_);
         store.bind(1, rt::Variant(next));
         store.bind(2, rt::Variant(table_));
         store.step();
         if (sqlite3_changes(handle) == 0) {
-            Prepared add(handle, QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?2, ?1)"),
+            Prepared add(handle,
+                         QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?2, ?1)"),
                          source_);
             add.bind(1, rt::Variant(next));
             add.bind(2, rt::Variant(table_));
@@ -439,13 +450,15 @@ void SqliteRecordset::updateBuffer() {
     for (size_t c = 0; c < columns_.size(); ++c) {
         if (dirty_[c]) {
             values.push_back(buffer_[c]);
-            assignments << quoteName(columns_[c].baseColumn) + QStringLiteral(" = ?%1").arg(values.size());
+            assignments << quoteName(columns_[c].baseColumn) +
+                               QStringLiteral(" = ?%1").arg(values.size());
         }
     }
     Row& row = rows_[position_];
     if (!assignments.isEmpty()) {
-        Prepared update(db(), "UPDATE " + quoteName(table_) + " SET " + assignments.join(", ") +
-                                  QStringLiteral(" WHERE rowid = ?%1").arg(values.size() + 1),
+        Prepared update(db(),
+                        "UPDATE " + quoteName(table_) + " SET " + assignments.join(", ") +
+                            QStringLiteral(" WHERE rowid = ?%1").arg(values.size() + 1),
                         source_);
         for (size_t v = 0; v < values.size(); ++v) {
             update.bind(int(v) + 1, values[v]);

@@ -62,10 +62,12 @@ rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql, FailureContex
         return error(TooFewParameters, QStringLiteral("1"));
     }
     if (message.contains(QLatin1String("already exists"))) {
-        static const QRegularExpression name(QStringLiteral("table \"?([^\" ]+)\"? already exists"));
+        static const QRegularExpression name(
+            QStringLiteral("table \"?([^\" ]+)\"? already exists"));
         return error(TableExists, name.match(message).captured(1));
     }
-    if (message.contains(QLatin1String("syntax error")) || message.contains(QLatin1String("incomplete input")) ||
+    if (message.contains(QLatin1String("syntax error")) ||
+        message.contains(QLatin1String("incomplete input")) ||
         message.contains(QLatin1String("unrecognized token"))) {
         return error(SyntaxError, QStringLiteral("Syntax error (missing operator)"), sql);
     }
@@ -93,7 +95,9 @@ Prepared::Prepared(sqlite3* db, const QString& sql, const QString& original, Fai
     }
 }
 
-Prepared::~Prepared() { sqlite3_finalize(statement_); }
+Prepared::~Prepared() {
+    sqlite3_finalize(statement_);
+}
 
 void Prepared::bind(int index, const rt::Variant& value) {
     using rt::VarType;
@@ -117,12 +121,13 @@ void Prepared::bind(int index, const rt::Variant& value) {
             break;
         case VarType::String: {
             const QByteArray text = value.text().toUtf8();
-            sqlite3_bind_text(statement_, index, text.constData(), int(text.size()), SQLITE_TRANSIENT);
+            sqlite3_bind_text(statement_, index, text.constData(), int(text.size()),
+                              SQLITE_TRANSIENT);
             break;
         }
         case VarType::Bytes:
-            sqlite3_bind_blob(statement_, index, value.bytes().constData(), int(value.bytes().size()),
-                              SQLITE_TRANSIENT);
+            sqlite3_bind_blob(statement_, index, value.bytes().constData(),
+                              int(value.bytes().size()), SQLITE_TRANSIENT);
             break;
     }
 }
@@ -145,7 +150,9 @@ void Prepared::reset() {
     sqlite3_clear_bindings(statement_);
 }
 
-int Prepared::columnCount() const { return sqlite3_column_count(statement_); }
+int Prepared::columnCount() const {
+    return sqlite3_column_count(statement_);
+}
 
 void run(sqlite3* db, const QString& sql, const QString& original) {
     Prepared statement(db, sql, original);
@@ -164,17 +171,17 @@ int fieldTypeOf(const QString& declared) {
     };
     // Longer words first, so that SMALLINT is not taken for INT.
     static const Rule rules[] = {
-        {"LONGTEXT", dbMemo},   {"MEMO", dbMemo},         {"LONGBINARY", dbLongBinary},
-        {"BLOB", dbLongBinary}, {"IMAGE", dbLongBinary},  {"VARBINARY", dbBinary},
-        {"BINARY", dbBinary},   {"BIT", dbBoolean},       {"BOOL", dbBoolean},
-        {"YESNO", dbBoolean},   {"TINYINT", dbByte},      {"BYTE", dbByte},
-        {"SMALLINT", dbInteger}, {"SHORT", dbInteger},    {"BIGINT", dbBigInt},
-        {"COUNTER", dbLong},    {"INT", dbLong},          {"LONG", dbLong},
-        {"CURRENCY", dbCurrency}, {"MONEY", dbCurrency},  {"SINGLE", dbSingle},
-        {"REAL4", dbSingle},    {"DOUBLE", dbDouble},     {"FLOAT", dbDouble},
-        {"REAL", dbDouble},     {"DECIMAL", dbDecimal},   {"NUMERIC", dbDecimal},
-        {"DATE", dbDate},       {"TIME", dbDate},         {"GUID", dbGUID},
-        {"CHAR", dbText},       {"TEXT", dbText},         {"STRING", dbText},
+        {"LONGTEXT", dbMemo},     {"MEMO", dbMemo},        {"LONGBINARY", dbLongBinary},
+        {"BLOB", dbLongBinary},   {"IMAGE", dbLongBinary}, {"VARBINARY", dbBinary},
+        {"BINARY", dbBinary},     {"BIT", dbBoolean},      {"BOOL", dbBoolean},
+        {"YESNO", dbBoolean},     {"TINYINT", dbByte},     {"BYTE", dbByte},
+        {"SMALLINT", dbInteger},  {"SHORT", dbInteger},    {"BIGINT", dbBigInt},
+        {"COUNTER", dbLong},      {"INT", dbLong},         {"LONG", dbLong},
+        {"CURRENCY", dbCurrency}, {"MONEY", dbCurrency},   {"SINGLE", dbSingle},
+        {"REAL4", dbSingle},      {"DOUBLE", dbDouble},    {"FLOAT", dbDouble},
+        {"REAL", dbDouble},       {"DECIMAL", dbDecimal},  {"NUMERIC", dbDecimal},
+        {"DATE", dbDate},         {"TIME", dbDate},        {"GUID", dbGUID},
+        {"CHAR", dbText},         {"TEXT", dbText},        {"STRING", dbText},
     };
     for (const Rule& rule : rules) {
         if (d.contains(QLatin1String(rule.word))) {
@@ -218,8 +225,9 @@ rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
         return rt::Variant::null();
     }
     auto text = [&] {
-        return QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
-                                 sqlite3_column_bytes(statement, column));
+        return QString::fromUtf8(
+            reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
+            sqlite3_column_bytes(statement, column));
     };
     auto blob = [&] {
         return QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)),
@@ -305,7 +313,8 @@ rt::Variant coerce(const rt::Variant& value, int type, qint32 size) {
                 return rt::Variant::date(rt::CDate(value));
             case dbBinary:
             case dbLongBinary:
-                return value.type() == rt::VarType::Bytes ? value : rt::Variant(rt::CStr(value).toUtf8());
+                return value.type() == rt::VarType::Bytes ? value
+                                                          : rt::Variant(rt::CStr(value).toUtf8());
             default: {
                 const QString text = rt::CStr(value);
                 if (type == dbText && size > 0 && text.size() > size) {

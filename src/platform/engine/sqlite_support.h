@@ -37,7 +37,7 @@ public:
     Prepared& operator=(const Prepared&) = delete;
 
     void bind(int index, const rt::Variant& value);  // from 1
-    bool step();  // True with a row to read
+    bool step();                                     // True with a row to read
     void reset();
     int columnCount() const;
     sqlite3_stmt* get() const { return statement_; }

@@ -1,0 +1,51 @@
+#include "data/dbase.h"
+
+#include "data/session.h"
+#include "platform/ui.h"
+
+DBase gDBase;
+
+engine::Database& DBase::db() const {
+    if (!theDb) {
+        throw rt::Error::standard(rt::ObjectNotSet);
+    }
+    return *theDb;
+}
+
+void DBase::Execute(const QString& sql) {
+    db().execute(sql);
+}
+
+void DBase::CloseDB() {
+    try {
+        if (theDb) {
+            theDb->close();
+        }
+    } catch (const rt::Error&) {
+    }
+}
+
+std::unique_ptr<RecSet> DBase::OpenRecordset(const QString& sql) {
+    auto recset = std::make_unique<RecSet>();
+    recset->locRecordset(db().openRecordset(sql));
+    SessionCheck();
+    return recset;
+}
+
+bool DBase::DBInit(const QString& localDBS) {
+    try {
+        gDatabasePath = localDBS;
+        theDb = engine::openDatabase(gDatabasePath);
+        Check1stRun();
+        return true;
+    } catch (const rt::Error& failure) {
+        ShowIdle();
+        ShowMsg(failure.description());
+        return false;
+    }
+}
+
+void DBase::Check1stRun() {
+    // First-run provisioning from the installer's temp.tmp joins here with its own step; until
+    // then an open provisions nothing.
+}

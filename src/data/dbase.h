@@ -1,0 +1,29 @@
+#pragma once
+
+#include "data/recset.h"
+#include "platform/engine/engine.h"
+
+#include <QString>
+
+#include <memory>
+
+// The one open database of a run. All SQL passes through OpenRecordset and Execute; every
+// cursor opened is a RecSet, and every open runs the session check.
+class DBase {
+public:
+    void Execute(const QString& sql);
+    // Closes the database, ignoring any failure, so it may run on a handle that never opened.
+    void CloseDB();
+    std::unique_ptr<RecSet> OpenRecordset(const QString& sql);
+    // Opens the file at that path and runs the first-run step; shows the failure and gives
+    // False when either fails.
+    bool DBInit(const QString& localDBS);
+    void Check1stRun();
+
+    std::unique_ptr<engine::Database> theDb;
+
+private:
+    engine::Database& db() const;
+};
+
+extern DBase gDBase;

@@ -1,0 +1,52 @@
+#include "settings/settings_file.h"
+
+#include "platform/convert.h"
+#include "platform/os.h"
+
+#include <QDir>
+
+QString gSystemDir;
+
+namespace {
+
+constexpr int kSystemDirBuffer = 255;
+constexpr int kValueBuffer = 128;
+
+QString settingsFile() {
+    return platform::joinPath(gSystemDir, QStringLiteral("tarnell.ini"));
+}
+
+}  // namespace
+
+QString GetSystemDir() {
+    QString buffer(kSystemDirBuffer, ' ');
+    if (platform::GetSystemDirectory(buffer, kSystemDirBuffer) > 0) {
+        return TrimAtNull(buffer);
+    }
+    return {};
+}
+
+QString TrimAtNull(const QString& s) {
+    const int at = s.indexOf(QChar(0));
+    return at < 0 ? s : s.left(at);
+}
+
+QString ProgramSection() {
+    return (platform::programFolder() + QDir::separator()).trimmed();
+}
+
+QString ReadIni(const QString& key, const QString& section, const QString& defaultValue,
+                const QString& file) {
+    const QString path = file.isEmpty() ? settingsFile() : file;
+    QString buffer(kValueBuffer, ' ');
+    const int count = platform::GetPrivateProfileString(section.trimmed(), key, QString(), buffer,
+                                                        kValueBuffer, path);
+    return count >= 1 ? buffer.left(count) : defaultValue;
+}
+
+qint16 WriteIni(const QString& key, const QString& section, const rt::Variant& value) {
+    return platform::WritePrivateProfileString(section.trimmed(), key, rt::CStr(value),
+                                               settingsFile())
+               ? -1
+               : 0;
+}

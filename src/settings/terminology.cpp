@@ -1,0 +1,6 @@
+#include "settings/terminology.h"
+
+QString gTermProjects;
+QString gTermProject;
+QString gTermFinancial;
+QString gTermClass;

@@ -1,0 +1,108 @@
+// lattimer-db: what the suite's installer does, from the command line.
+
+#include "installation.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QHash>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+
+const char* const kUsage =
+    "usage:\n"
+    "  lattimer-db create DB\n"
+    "      a new database of version 6.5 at DB, as the installer ships it\n"
+    "  lattimer-db install DIR --logon L [--name N] [--password P] [--company C]\n"
+    "                      [--phone P] [--address1 A] [--address2 A] [--address3 A]\n"
+    "      a program folder ready for its first logon: the database, tarnell.new, temp.tmp\n"
+    "  lattimer-db demo DIR [--console-folder F]\n"
+    "      a demo installation with a sample directory, remembered by the console in F\n"
+    "      (by default the folder of this program)\n";
+
+struct UsageError {
+    QString message;
+};
+
+struct Command {
+    QString name;
+    QString target;
+    QHash<QString, QString> options;
+};
+
+Command parse(const QStringList& arguments, const QStringList& allowedOptions) {
+    Command command;
+    if (arguments.size() < 2) {
+        throw UsageError{"a command and its target are needed."};
+    }
+    command.name = arguments[0];
+    command.target = arguments[1];
+    for (int i = 2; i < arguments.size(); ++i) {
+        QString option = arguments[i];
+        if (!option.startsWith("--")) {
+            throw UsageError{"unexpected argument '" + option + "'."};
+        }
+        QString value;
+        if (const int equals = int(option.indexOf('=')); equals > 0) {
+            value = option.mid(equals + 1);
+            option = option.left(equals);
+        } else if (i + 1 < arguments.size()) {
+            value = arguments[++i];
+        } else {
+            throw UsageError{"the option " + option + " needs a value."};
+        }
+        const QString key = option.mid(2);
+        if (!allowedOptions.contains(key)) {
+            throw UsageError{"unknown option " + option + " for '" + command.name + "'."};
+        }
+        command.options.insert(key, value);
+    }
+    return command;
+}
+
+int run(const QStringList& arguments) {
+    const QString name = arguments.value(0);
+    if (name == "create") {
+        const Command command = parse(arguments, {});
+        installer::createDatabase(command.target);
+        std::printf("Created %s\n", qPrintable(QDir::toNativeSeparators(command.target)));
+    } else if (name == "install") {
+        const Command command = parse(arguments, {"name", "logon", "password", "company", "phone",
+                                                  "address1", "address2", "address3"});
+        const auto& o = command.options;
+        installer::installProgramFolder(
+            command.target,
+            {o.value("name"), o.value("logon"), o.value("password"), o.value("company"),
+             o.value("phone"), o.value("address1"), o.value("address2"), o.value("address3")});
+        std::printf("Installed in %s\n", qPrintable(QDir::toNativeSeparators(command.target)));
+    } else if (name == "demo") {
+        const Command command = parse(arguments, {"console-folder"});
+        const QString console =
+            command.options.value("console-folder", QCoreApplication::applicationDirPath());
+        installer::createDemo(command.target, console);
+        std::printf("Demo installation in %s; logon '%s', password '%s'\n",
+                    qPrintable(QDir::toNativeSeparators(command.target)),
+                    qPrintable(installer::kDemoLogon), qPrintable(installer::kDemoPassword));
+    } else {
+        throw UsageError{name.isEmpty() ? QStringLiteral("a command is needed.")
+                                        : "unknown command '" + name + "'."};
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    try {
+        return run(app.arguments().mid(1));
+    } catch (const UsageError& error) {
+        std::fprintf(stderr, "lattimer-db: %s\n%s", qPrintable(error.message), kUsage);
+        return 2;
+    } catch (const installer::InstallError& error) {
+        std::fprintf(stderr, "lattimer-db: %s\n", error.what());
+        return 1;
+    }
+}
