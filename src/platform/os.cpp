@@ -24,7 +24,8 @@ struct ProfileLine {
 };
 
 ProfileLine parseLine(const QString& raw) {
-    ProfileLine line{raw};
+    ProfileLine line;
+    line.raw = raw;
     const QString text = raw.trimmed();
     if (text.startsWith('[')) {
         const int close = text.indexOf(']');
@@ -162,7 +163,7 @@ bool WritePrivateProfileString(const QString& section, const std::optional<QStri
     }
     const ProfileLine entry = parseLine(*key + "=" + *value);
     if (at) {
-        lines[*at] = entry;
+        lines[*at] = parseLine(lines[*at].name + "=" + *value);  // the stored name keeps its case
     } else if (range) {
         size_t insertAt = range->second;
         while (insertAt > range->first + 1 && lines[insertAt - 1].raw.trimmed().isEmpty()) {

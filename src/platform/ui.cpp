@@ -1,5 +1,6 @@
 #include "platform/ui.h"
 
+#include <cstdlib>
 #include <vector>
 
 namespace platform {
@@ -62,4 +63,5 @@ void DoEvents() {
 
 void End() {
     platform::ui().endRun();
+    std::abort();  // endRun never comes back; this keeps the promise if a seam breaks it
 }

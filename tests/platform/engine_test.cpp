@@ -1,0 +1,432 @@
+// The engine's conformance: what the program relies on of a database and its dynaset cursors.
+// Every backend runs these.
+
+#include "platform/convert.h"
+#include "platform/dates.h"
+#include "platform/engine/engine.h"
+#include "platform/engine/errors.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+
+using rt::Variant;
+
+namespace {
+
+int errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const rt::Error& e) {
+        return e.number();
+    }
+    return 0;
+}
+
+class EngineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        engine::setLockWait(3000);
+        path = dir.filePath("engine.mdb");
+        db = engine::createDatabase(path);
+        db->execute(
+            "CREATE TABLE people (id INTEGER PRIMARY KEY AUTOINCREMENT, name VARCHAR(20) COLLATE NOCASE "
+            "CHECK (length(name) <= 20), age SMALLINT, salary CURRENCY, born DATETIME, active BIT, "
+            "score SINGLE, ratio DOUBLE, notes LONGTEXT COLLATE NOCASE, photo LONGBLOB, boss INTEGER)");
+        db->execute("CREATE TABLE plain (code VARCHAR(5) COLLATE NOCASE, amount INTEGER)");
+        for (const char* row : {"'bob', 30, 1", "'Alice', 40, 1", "'carol', 25, 2"}) {
+            db->execute(QString("INSERT INTO people (name, age, boss) VALUES (%1)").arg(row));
+        }
+    }
+
+    std::unique_ptr<engine::Recordset> open(const QString& sql) { return db->openRecordset(sql); }
+    QStringList names(const QString& sql) {
+        QStringList result;
+        auto rs = open(sql);
+        while (!rs->eof()) {
+            result << rt::CStr(rs->field("name").value());
+            rs->moveNext();
+        }
+        return result;
+    }
+
+    QTemporaryDir dir;
+    QString path;
+    std::unique_ptr<engine::Database> db;
+};
+
+TEST_F(EngineTest, OpeningRefusesWhatIsNoDatabaseAndNeverCreatesOne) {
+    const QString missing = dir.filePath("missing.mdb");
+    QFile text(dir.filePath("notes.txt"));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("This is not a database, just some words of text that fill a page.");
+    text.close();
+    QFile(dir.filePath("empty.mdb")).open(QIODevice::WriteOnly);
+    const struct {
+        QString path;
+        int number;
+        QString message;
+    } cases[] = {
+        {missing, engine::FileNotFound, "Couldn't find file '" + missing + "'."},
+        {dir.filePath("notes.txt"), engine::UnrecognizedFormat,
+         "Unrecognized database format '" + dir.filePath("notes.txt") + "'."},
+        {dir.filePath("empty.mdb"), engine::UnrecognizedFormat,
+         "Unrecognized database format '" + dir.filePath("empty.mdb") + "'."},
+        {dir.path(), engine::InvalidPath, "'" + dir.path() + "' isn't a valid path."},
+    };
+    for (const auto& c : cases) {
+        try {
+            engine::openDatabase(c.path);
+            ADD_FAILURE() << c.path.toStdString();
+        } catch (const rt::Error& e) {
+            EXPECT_EQ(e.number(), c.number);
+            EXPECT_EQ(e.description(), c.message);
+        }
+    }
+    EXPECT_FALSE(QFile::exists(missing));
+    EXPECT_EQ(errorOf([&] { engine::createDatabase(path); }), engine::DatabaseExists);
+}
+
+TEST_F(EngineTest, RecordCountGrowsAsRowsAreVisited) {
+    auto rs = open("SELECT * FROM people ORDER BY name");
+    EXPECT_FALSE(rs->bof());
+    EXPECT_FALSE(rs->eof());
+    EXPECT_EQ(rs->recordCount(), 1);
+    rs->moveNext();
+    EXPECT_EQ(rs->recordCount(), 2);
+    rs->moveFirst();
+    EXPECT_EQ(rs->recordCount(), 2);
+    rs->moveLast();
+    EXPECT_EQ(rs->recordCount(), 3);
+    rs->deleteCurrent();
+    EXPECT_EQ(rs->recordCount(), 2);
+    rs->requery();
+    EXPECT_EQ(rs->recordCount(), 1);
+
+    auto none = open("SELECT * FROM people WHERE age > 100");
+    EXPECT_EQ(none->recordCount(), 0);
+    EXPECT_TRUE(none->bof());
+    EXPECT_TRUE(none->eof());
+}
+
+TEST_F(EngineTest, MovesPastTheEndsAndOnAnEmptySet) {
+    auto rs = open("SELECT * FROM people ORDER BY name");
+    rs->moveLast();
+    rs->moveNext();
+    EXPECT_TRUE(rs->eof());
+    EXPECT_EQ(errorOf([&] { rs->moveNext(); }), engine::NoCurrentRecord);
+    EXPECT_EQ(errorOf([&] { rs->field("name").value(); }), engine::NoCurrentRecord);
+    rs->movePrevious();
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "carol");
+    rs->moveFirst();
+    rs->movePrevious();
+    EXPECT_TRUE(rs->bof());
+    EXPECT_EQ(errorOf([&] { rs->movePrevious(); }), engine::NoCurrentRecord);
+    rs->moveFirst();
+    rs->move(2);
+    EXPECT_EQ(rs->absolutePosition(), 2);
+    rs->move(-5);
+    EXPECT_TRUE(rs->bof());
+
+    auto none = open("SELECT * FROM people WHERE age > 100");
+    for (const auto& action : std::vector<std::function<void()>>{
+             [&] { none->moveFirst(); }, [&] { none->moveNext(); }, [&] { none->moveLast(); },
+             [&] { none->move(1); }, [&] { none->field("name").value(); }, [&] { none->edit(); }}) {
+        EXPECT_EQ(errorOf(action), engine::NoCurrentRecord);
+    }
+}
+
+TEST_F(EngineTest, FindComparesByTheEnginesRules) {
+    auto rs = open("SELECT * FROM people ORDER BY name");
+    rs->findFirst("name = 'BOB'");
+    EXPECT_FALSE(rs->noMatch());
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "bob");
+    rs->findFirst("boss = 1");
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "Alice");
+    rs->findNext("boss = 1");
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "bob");
+    rs->findNext("boss = 1");
+    EXPECT_TRUE(rs->noMatch());
+    rs->moveFirst();  // a move leaves NoMatch as it was
+    EXPECT_TRUE(rs->noMatch());
+    rs->findFirst("age > 26 AND name LIKE 'a%'");
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "Alice");
+    rs->findFirst("[name] = \"carol\"");
+    EXPECT_EQ(rt::CStr(rs->field("age").value()), "25");
+    EXPECT_EQ(errorOf([&] { rs->findFirst("nosuch = 1"); }), engine::UnknownName);
+}
+
+TEST_F(EngineTest, EditUpdateAndCancel) {
+    auto rs = open("SELECT * FROM people WHERE name = 'bob'");
+    EXPECT_EQ(errorOf([&] { rs->update(); }), engine::UpdateWithoutEdit);
+    EXPECT_EQ(errorOf([&] { rs->field("age").setValue(1); }), engine::UpdateWithoutEdit);
+    rs->edit();
+    rs->field("age").setValue(31);
+    EXPECT_EQ(rt::CInt(rs->field("age").value()), 31);
+    rs->cancelUpdate();
+    EXPECT_EQ(rt::CInt(rs->field("age").value()), 30);
+    rs->edit();
+    rs->field("age").setValue("32");
+    rs->update();
+    EXPECT_EQ(rt::CInt(open("SELECT age FROM people WHERE name = 'bob'")->field("age").value()), 32);
+    EXPECT_EQ(errorOf([&] { rs->cancelUpdate(); }), engine::UpdateWithoutEdit);
+
+    auto plain = open("plain");  // a table with no key of its own is written all the same
+    plain->addNew();
+    plain->field("code").setValue("A1");
+    plain->update();
+    plain->moveLast();
+    plain->edit();
+    plain->field("amount").setValue(5);
+    plain->update();
+    EXPECT_EQ(rt::CLng(open("SELECT amount FROM plain")->field(0).value()), 5);
+}
+
+TEST_F(EngineTest, ANewRowsCounterIsReadableAtAddNewAndMoveLastLandsOnIt) {
+    auto rs = open("SELECT * FROM people ORDER BY name");
+    rs->moveNext();  // on bob
+    rs->addNew();
+    const qint32 id = rt::CLng(rs->field("id").value());
+    EXPECT_EQ(id, 4);
+    EXPECT_TRUE(rs->field("name").value().isNull());
+    EXPECT_EQ(errorOf([&] { rs->field("id").setValue(9); }), engine::FieldNotUpdatable);
+    rs->field("name").setValue("dave");
+    rs->update();
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "bob");  // the row before AddNew stays current
+    rs->moveLast();
+    EXPECT_EQ(rt::CLng(rs->field("id").value()), id);
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "dave");
+
+    rs->addNew();  // a cancelled row leaves its number unused
+    EXPECT_EQ(rt::CLng(rs->field("id").value()), 5);
+    rs->cancelUpdate();
+    db->execute("INSERT INTO people (name) VALUES ('erin')");
+    EXPECT_EQ(rt::CLng(open("SELECT id FROM people WHERE name = 'erin'")->field(0).value()), 6);
+
+    auto empty = open("SELECT * FROM people WHERE age > 100");
+    empty->addNew();
+    empty->field("name").setValue("old");
+    empty->field("age").setValue(101);
+    empty->update();
+    empty->moveLast();
+    EXPECT_EQ(rt::CStr(empty->field("name").value()), "old");
+}
+
+TEST_F(EngineTest, DeleteRemovesTheRowAndLeavesTheCursorOnIt) {
+    auto rs = open("SELECT * FROM people ORDER BY name");
+    rs->deleteCurrent();
+    EXPECT_EQ(errorOf([&] { rs->field("name").value(); }), engine::RecordDeleted);
+    EXPECT_FALSE(rs->eof());
+    rs->moveNext();
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "bob");
+    rs->moveFirst();
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "bob");
+    EXPECT_EQ(rt::CLng(open("SELECT count(*) FROM people")->field(0).value()), 2);
+}
+
+TEST_F(EngineTest, FieldsCarryTheLibrarysTypeNumbersSizesAndValues) {
+    db->execute("UPDATE people SET salary = 1234.5678, born = CDATE('1/5/2000'), active = True, score = 6.5, "
+                "ratio = 0.25, notes = 'long', photo = NULL WHERE name = 'bob'");
+    auto rs = open("SELECT * FROM people WHERE name = 'bob'");
+    const struct {
+        const char* name;
+        int type;
+        qint32 size;
+        rt::VarType kind;
+    } cases[] = {
+        {"id", engine::dbLong, 4, rt::VarType::Long},
+        {"name", engine::dbText, 20, rt::VarType::String},
+        {"age", engine::dbInteger, 2, rt::VarType::Integer},
+        {"salary", engine::dbCurrency, 8, rt::VarType::Currency},
+        {"born", engine::dbDate, 8, rt::VarType::Date},
+        {"active", engine::dbBoolean, 1, rt::VarType::Boolean},
+        {"score", engine::dbSingle, 4, rt::VarType::Single},
+        {"ratio", engine::dbDouble, 8, rt::VarType::Double},
+        {"notes", engine::dbMemo, 0, rt::VarType::String},
+        {"photo", engine::dbLongBinary, 0, rt::VarType::Null},
+    };
+    for (const auto& c : cases) {
+        const engine::Field f = rs->field(c.name);
+        EXPECT_EQ(f.type(), c.type) << c.name;
+        EXPECT_EQ(f.size(), c.size) << c.name;
+        EXPECT_EQ(f.value().type(), c.kind) << c.name;
+    }
+    EXPECT_EQ(rs->field("salary").value().integerValue(), 12345678);
+    EXPECT_EQ(rs->field("born").value().realValue(), 36530);
+    EXPECT_EQ(rs->field("active").value().integerValue(), -1);
+    EXPECT_EQ(rt::CStr(rs->field("score").value()), "6.5");
+    EXPECT_EQ(errorOf([&] { rs->field("nosuch"); }), engine::ItemNotFound);
+
+    rs->edit();
+    EXPECT_EQ(errorOf([&] { rs->field("name").setValue(QString(21, 'x')); }), engine::DataTooLong);
+    EXPECT_EQ(errorOf([&] { rs->field("age").setValue("many"); }), engine::ConversionError);
+    EXPECT_EQ(errorOf([&] { rs->field("age").setValue(40000); }), rt::Overflow);
+    rs->field("photo").appendChunk("abc");
+    rs->field("photo").appendChunk("def");
+    rs->update();
+    EXPECT_EQ(rs->field("photo").getChunk(2, 3).bytes(), "cde");
+    EXPECT_EQ(rs->field("photo").getChunk(5, 10).bytes(), "f");
+    EXPECT_EQ(errorOf([&] { db->execute("UPDATE people SET name = '" + QString(21, 'y') + "'"); }),
+              engine::DataTooLong);
+}
+
+TEST_F(EngineTest, TextComparesAndSortsWithoutRegardToCaseAndDatesAsDates) {
+    EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), QStringList({"Alice", "bob", "carol"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE name = 'ALICE'"), QStringList({"Alice"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE name IN ('BOB', 'CAROL') ORDER BY name DESC"),
+              QStringList({"carol", "bob"}));
+    db->execute("UPDATE people SET born = CDATE('12/31/1999') WHERE name = 'bob'");
+    db->execute("UPDATE people SET born = CDATE('1/2/2000') WHERE name = 'Alice'");
+    db->execute("UPDATE people SET born = CDATE('2/1/1999 10:30:00 AM') WHERE name = 'carol'");
+    EXPECT_EQ(names("SELECT * FROM people ORDER BY born"), QStringList({"carol", "bob", "Alice"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE born > CDATE('1/1/2000')"), QStringList({"Alice"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE born < #1/1/2000#"), QStringList({"bob", "carol"}));
+}
+
+TEST_F(EngineTest, TheDialectsForms) {
+    db->execute("UPDATE people SET born = CDATE('8/28/2000') WHERE name = \"bob\"");
+    db->execute("UPDATE [people] SET born = DATEADD(\"d\",3,born) WHERE [name] = 'bob'");
+    EXPECT_EQ(open("SELECT born FROM people WHERE name = 'bob'")->field(0).value(),
+              Variant::date(rt::DateSerial(2000, 8, 31)));
+    db->execute("UPDATE people SET born = DATEADD(\"ww\",1,born) WHERE name = 'bob'");
+    db->execute("UPDATE people SET born = DATEADD(\"m\",6,born) WHERE name = 'bob'");
+    db->execute("UPDATE people SET born = DATEADD(\"yyyy\",-1,born) WHERE name = 'bob'");
+    EXPECT_EQ(open("SELECT born FROM people WHERE name = 'bob'")->field(0).value(),
+              Variant::date(rt::DateSerial(2000, 3, 7)));
+    EXPECT_EQ(names("SELECT name FROM people WHERE age < 30 UNION SELECT name FROM people WHERE age > 35 "
+                    "ORDER BY name"),
+              QStringList({"Alice", "carol"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE id IN (SELECT boss FROM people WHERE boss > 1)"),
+              QStringList({"Alice"}));
+    EXPECT_EQ(names("SELECT * FROM people WHERE id NOT IN(SELECT boss FROM people) ORDER BY name"),
+              QStringList({"carol"}));
+    EXPECT_EQ(errorOf([&] { db->execute("SELECT * FROM people"); }), engine::CannotExecuteSelect);
+    EXPECT_EQ(errorOf([&] { open("SELECT * FROM nosuch"); }), engine::InputTableNotFound);
+    EXPECT_EQ(errorOf([&] { open("SELECT nosuch FROM people"); }), engine::TooFewParameters);
+    auto distinct = open("SELECT DISTINCT boss FROM people");
+    EXPECT_EQ(errorOf([&] { distinct->edit(); }), engine::ReadOnly);
+}
+
+TEST_F(EngineTest, SelectIntoCopiesATableHereOrIntoAnotherFile) {
+    db->execute("SELECT * INTO staff from people");
+    auto staff = open("SELECT * FROM staff WHERE name = 'ALICE'");  // the collation came along
+    EXPECT_EQ(staff->recordCount(), 1);
+    EXPECT_EQ(staff->field("age").type(), engine::dbInteger);
+    EXPECT_EQ(errorOf([&] { db->execute("SELECT * INTO staff from people"); }), engine::TableExists);
+
+    const QString other = dir.filePath("other.new");
+    engine::createDatabase(other)->close();
+    db->execute("SELECT * INTO [;database=" + other + "].people from people");
+    auto copy = engine::openDatabase(other);
+    EXPECT_EQ(rt::CLng(copy->openRecordset("SELECT count(*) FROM people")->field(0).value()), 3);
+    EXPECT_EQ(errorOf([&] { db->execute("SELECT * INTO [;database=" + dir.filePath("none.new") + "].p from people"); }),
+              engine::FileNotFound);
+    db->deleteTable("staff");
+    EXPECT_EQ(errorOf([&] { db->deleteTable("staff"); }), engine::ItemNotFound);
+}
+
+TEST_F(EngineTest, OneStatementPerCallWhateverAValueHolds) {
+    // Values typed into a query end it early or leave a quote open: either way nothing runs.
+    const struct {
+        QString sql;
+        int number;
+    } injections[] = {
+        {"DELETE FROM people WHERE id = 1; DROP TABLE people", engine::CharactersAfterEnd},
+        {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people; --'", engine::SyntaxError},
+        {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people", engine::CharactersAfterEnd},
+        {"UPDATE people SET name = 'x' WHERE name = 'a';DELETE FROM people", engine::CharactersAfterEnd},
+        {"UPDATE people SET age = 1 WHERE name = 'o'brien'", engine::SyntaxError},
+    };
+    for (const auto& c : injections) {
+        EXPECT_EQ(errorOf([&] { db->execute(c.sql); }), c.number) << c.sql.toStdString();
+        EXPECT_EQ(errorOf([&] { open(c.sql); }), c.number) << c.sql.toStdString();
+    }
+    db->execute("UPDATE people SET age = 1 WHERE name = 'bob';  ");
+    EXPECT_EQ(rt::CLng(open("SELECT count(*) FROM people")->field(0).value()), 3);
+}
+
+TEST_F(EngineTest, ATransactionLeavesNothingHalfDone) {
+    try {
+        engine::Transaction transaction(*db);
+        db->execute("DELETE FROM people WHERE name = 'bob'");
+        db->execute("UPDATE nosuch SET x = 1");
+        transaction.commit();
+    } catch (const rt::Error&) {
+    }
+    EXPECT_EQ(rt::CLng(open("SELECT count(*) FROM people")->field(0).value()), 3);
+    {
+        engine::Transaction outer(*db);
+        db->execute("DELETE FROM people WHERE name = 'bob'");
+        {
+            engine::Transaction inner(*db);
+            db->execute("DELETE FROM people WHERE name = 'carol'");
+        }  // rolled back alone
+        outer.commit();
+    }
+    EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), QStringList({"Alice", "carol"}));
+    EXPECT_EQ(errorOf([&] { db->commitTrans(); }), engine::NoTransaction);
+}
+
+TEST_F(EngineTest, AWriteBlockedByAnotherProcessFailsAfterABoundedWait) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        sqlite3* other = nullptr;
+        sqlite3_open(path.toUtf8().constData(), &other);
+        // Another program in the middle of a write: its lock lets readers in, writers wait.
+        sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+        sqlite3_exec(other, "UPDATE people SET age = 1", nullptr, nullptr, nullptr);
+        (void)!write(ready[1], "x", 1);
+        sleep(3);
+        sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+        _exit(0);
+    }
+    char byte;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    engine::setLockWait(500);
+    auto waiting = engine::openDatabase(path);
+    EXPECT_EQ(rt::CLng(waiting->openRecordset("SELECT count(*) FROM people")->field(0).value()), 3);
+    QElapsedTimer timer;
+    timer.start();
+    try {
+        waiting->execute("UPDATE people SET age = 99");
+        ADD_FAILURE() << "the write went through a held lock";
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), engine::Locked);
+        EXPECT_EQ(e.description(), "Couldn't update; currently locked.");
+    }
+    EXPECT_GE(timer.elapsed(), 400);
+    EXPECT_LT(timer.elapsed(), 2900);
+    int status = 0;
+    pid_t ended = -1;
+    while ((ended = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
+    }
+    ASSERT_EQ(ended, child) << strerror(errno);
+    waiting->execute("UPDATE people SET age = 99");  // free again once the other process let go
+}
+
+TEST_F(EngineTest, PropertiesAndClosedObjects) {
+    EXPECT_EQ(errorOf([&] { db->property("LSIsReplica"); }), engine::PropertyNotFound);
+    db->setProperty("LSIsReplica", true);
+    EXPECT_TRUE(rt::CBool(db->property("lsisreplica")));
+    auto rs = open("people");
+    rs->close();
+    EXPECT_EQ(errorOf([&] { rs->moveFirst(); }), engine::ObjectInvalid);
+    auto other = open("people");
+    db->close();
+    EXPECT_EQ(errorOf([&] { open("people"); }), engine::ObjectInvalid);
+    EXPECT_EQ(errorOf([&] { other->edit(); }), engine::ObjectInvalid);
+}
+
+}  // namespace

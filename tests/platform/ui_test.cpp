@@ -1,0 +1,73 @@
+// The UI seam: the scripted implementation and the route of an unhandled failure.
+
+#include "platform/scripted_ui.h"
+
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace platform;
+
+class SeamFixture : public ::testing::Test {
+protected:
+    void SetUp() override { setUi(&ui); }
+    void TearDown() override { setUi(nullptr); }
+    ScriptedUi ui;
+};
+
+TEST_F(SeamFixture, ABoxWithNoTitleShowsTheApplicationTitleAndAnswersItsDefault) {
+    EXPECT_EQ(ShowMsg("Plain"), Msg::OK);
+    EXPECT_EQ(ShowMsg("Destroy?", Msg::YesNo | Msg::Question | Msg::DefaultButton2, "Delete"), Msg::No);
+    ui.answers.push_back(Msg::Yes);
+    EXPECT_EQ(ShowMsg("Again?", Msg::YesNo | Msg::DefaultButton2), Msg::Yes);
+    ASSERT_EQ(ui.messages.size(), 3u);
+    EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
+    EXPECT_EQ(ui.messages[1].title, "Delete");
+    EXPECT_EQ(ui.messages[1].buttons, Msg::YesNo);
+    EXPECT_EQ(ui.messages[1].icon, Msg::Question);
+    EXPECT_EQ(ui.messages[1].defaultButton, 2);
+    EXPECT_EQ(ui.messages[2].answer, Msg::Yes);
+}
+
+TEST_F(SeamFixture, AnUnhandledFailureShowsTheRuntimesTextAndEndsTheRun) {
+    bool after = false;
+    EXPECT_THROW(runHandler([&] {
+                     throw rt::Error::standard(rt::SubscriptOutOfRange);
+                     after = true;
+                 }),
+                 RunEnded);
+    EXPECT_FALSE(after);
+    EXPECT_TRUE(ui.ended);
+    ASSERT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
+    EXPECT_EQ(ui.messages[0].buttons, Msg::OKOnly);
+}
+
+TEST_F(SeamFixture, BusyAndModalWindowsAreRecorded) {
+    ShowBusy();
+    ShowBusy();
+    ShowIdle();
+    EXPECT_EQ(ui.busyChanges, 2);
+    EXPECT_FALSE(ui.busy);
+    QWidget window;
+    window.setObjectName("frmTest");
+    bool visibleInside = false;
+    ui.modalScripts.push_back([&](QWidget* w) { visibleInside = w->isVisible(); });
+    ui.showModal(&window, nullptr);
+    EXPECT_TRUE(visibleInside);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(ui.modalWindows, std::vector<QString>{"frmTest"});
+}
+
+TEST(Seam, WithoutASeamAnyUseIsAnUnsetObject) {
+    setUi(nullptr);
+    try {
+        ShowBusy();
+        FAIL();
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), rt::ObjectNotSet);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "data/recset.h"
+#include "platform/scripted_ui.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace testing_support {
+
+// A test with the scripted seam installed and a folder of its own, which it may fill with a
+// database as the installer ships it.
+class SeamTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // A fresh database made by the installer, in the test's folder.
+    QString newDatabase(const QString& name = QStringLiteral("test.mdb"));
+    QString path(const QString& name) const;
+
+    platform::ScriptedUi ui;
+    QTemporaryDir folder;
+};
+
+// A session: a fresh database opened on gDBase, with the given user as gUsers(0).
+class SessionTest : public SeamTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    void execute(const QString& sql);
+    // The one value of a query, such as a count.
+    rt::Variant scalar(const QString& sql);
+    qint32 count(const QString& table, const QString& where = QString());
+    std::unique_ptr<RecSet> open(const QString& sql);
+
+    QString databasePath;
+};
+
+// Adds a row to users and gives its id.
+qint32 addEntry(const QString& name, qint16 type, const QString& logon = QStringLiteral("zq"),
+                const QString& password = QStringLiteral("zq"), qint16 level = 1, qint16 edition = 0);
+
+}  // namespace testing_support
