@@ -1,0 +1,161 @@
+// The record cursor and the database handle.
+
+#include "data/dbase.h"
+#include "data/session.h"
+#include "fixtures.h"
+#include "platform/convert.h"
+#include "platform/dates.h"
+#include "platform/engine/errors.h"
+
+#include <QFile>
+
+using rt::Variant;
+using testing_support::SessionTest;
+
+namespace {
+
+class RecSetTest : public SessionTest {};
+
+TEST_F(RecSetTest, ColsNeverGivesANullForTextNumbersOrBooleans) {
+    execute("CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, f SINGLE, "
+            "d DOUBLE, b BIT, dt DATETIME, bin LONGBLOB)");
+    execute("INSERT INTO kinds (t) VALUES (NULL)");
+    auto rs = open("SELECT * FROM kinds");
+    const struct {
+        const char* column;
+        Variant value;
+    } cases[] = {
+        {"t", QString()},     {"m", QString()},     {"s", qint16(0)}, {"l", qint16(0)},
+        {"c", qint16(0)},     {"f", qint16(0)},     {"d", qint16(0)}, {"b", false},
+        {"dt", Variant::null()}, {"bin", Variant::null()},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Variant(rs->Cols(c.column)), c.value) << c.column;
+        EXPECT_TRUE(rs->ColsWithNull(c.column).isNull()) << c.column;
+        EXPECT_TRUE(rs->ColsNoErr(c.column).isNull()) << c.column;
+    }
+}
+
+TEST_F(RecSetTest, AnUnknownColumnFailsInTheCallerButNotInColsNoErr) {
+    auto rs = open("SELECT * FROM users");
+    try {
+        Variant value = rs->Cols("nosuch");
+        FAIL();
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), engine::ItemNotFound);
+    }
+    EXPECT_TRUE(rs->ColsNoErr("nosuch").isEmpty());
+    EXPECT_THROW(rs->ColsWithNull("nosuch"), rt::Error);
+}
+
+TEST_F(RecSetTest, EditAndAddNewStampWhoAndWhen) {
+    gUsers(0).id = 77;
+    const double before = rt::Now();
+    auto rs = open("SELECT * FROM clients");
+    rs->AddNew();
+    rs->Cols("Name") = "Stamped";
+    rs->Update();
+    rs->MoveLast();
+    EXPECT_EQ(rt::CLng(rs->Cols("addedby")), 77);
+    EXPECT_EQ(rt::CLng(rs->Cols("lastmodby")), 77);
+    EXPECT_GE(rt::CDate(rs->Cols("addedon")), before);
+    EXPECT_EQ(rt::CDate(rs->Cols("addedon")), rt::CDate(rs->Cols("lastedit")));
+
+    gUsers.erase();  // before logon: times only
+    auto rem = open("SELECT * FROM reminder");
+    rem->Edit();
+    rem->Cols("subject") = "moved";
+    rem->Update();
+    EXPECT_TRUE(rem->ColsWithNull("lastmodby").isNull());
+    EXPECT_FALSE(rem->ColsWithNull("lastedit").isNull());
+
+    auto ext = open("SELECT * FROM extaccess");  // a table without stamp columns
+    ext->AddNew();
+    ext->Cols("userid") = 1;
+    ext->Cols("extid") = 2;
+    ext->Update();
+    EXPECT_EQ(count("extaccess"), 1);
+}
+
+TEST_F(RecSetTest, MoveIsAnAbsolutePosition) {
+    auto rs = open("SELECT * FROM udfs ORDER BY id");
+    rs->Move(3);
+    const Variant third = rs->Cols("id");
+    rs->Move(3);
+    EXPECT_EQ(Variant(rs->Cols("id")), third);
+    EXPECT_EQ(rs->AbsolutePosition(), 3);
+}
+
+TEST_F(RecSetTest, FindRecordAppendsOnlyTheSecondConditionToTheCallersText) {
+    execute("INSERT INTO options (userid, section, value1) VALUES (0, 'Options', 'shared')");
+    execute("INSERT INTO options (userid, section, value1) VALUES (1, 'Options', 'mine')");
+    auto rs = open("SELECT * FROM options");
+    QString sql = "section = 'Options'";
+    EXPECT_TRUE(rs->FindRecord(sql, "ignored", "ignored", "userid", 1));
+    EXPECT_EQ(sql, "section = 'Options' AND userid = 1");
+    EXPECT_EQ(rt::CStr(rs->Cols("value1")), "mine");
+    EXPECT_FALSE(rs->FindFirst("section = 'None'"));
+    EXPECT_TRUE(rs->NoMatch());
+    EXPECT_TRUE(rs->FindFirst("section = 'OPTIONS'"));
+    EXPECT_TRUE(rs->FindNext("section = 'options'"));
+    EXPECT_FALSE(rs->FindNext("section = 'options'"));
+}
+
+TEST_F(RecSetTest, TheSmallParts) {
+    auto rs = open("users");
+    EXPECT_FALSE(rs->BatchUpdate());
+    rs->BatchUpdate(true);
+    EXPECT_FALSE(rs->BatchUpdate());
+    rs->RecordChanges();
+    rs->SyncRecordSet();
+    EXPECT_EQ(rs->FieldSize("Name"), 50);
+    EXPECT_EQ(rs->fields().Count(), 12);
+    EXPECT_EQ(rs->fields().Item("Logon").size(), 8);
+    EXPECT_EQ(rs->locRecordset()->fieldIndex("logon"), 2);
+}
+
+class DBaseTest : public testing_support::SeamTest {
+protected:
+    void TearDown() override {
+        gDBase.CloseDB();
+        gDBase.theDb.reset();
+        SeamTest::TearDown();
+    }
+};
+
+TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
+    const QString missing = path("missing.mdb");
+    ShowBusy();
+    EXPECT_FALSE(gDBase.DBInit(missing));
+    EXPECT_EQ(gDatabasePath, missing);
+    EXPECT_FALSE(ui.busy);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text, "Couldn't find file '" + missing + "'.");
+    EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
+    EXPECT_FALSE(QFile::exists(missing));
+}
+
+TEST_F(DBaseTest, OpensAgainOnTheSameHandle) {
+    const QString first = newDatabase("first.mdb");
+    const QString second = newDatabase("second.mdb");
+    EXPECT_TRUE(gDBase.DBInit(first));
+    gDBase.Execute("DELETE FROM users");
+    EXPECT_TRUE(gDBase.DBInit(second));
+    EXPECT_EQ(gDatabasePath, second);
+    EXPECT_EQ(gDBase.OpenRecordset("SELECT * FROM users")->RecordCount(), 1);
+}
+
+TEST_F(DBaseTest, CloseBeforeAnyOpenAndUseOfAClosedHandle) {
+    gDBase.CloseDB();
+    EXPECT_TRUE(ui.messages.empty());
+    try {
+        gDBase.Execute("DELETE FROM users");
+        FAIL();
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), rt::ObjectNotSet);
+    }
+    EXPECT_TRUE(gDBase.DBInit(newDatabase()));
+    EXPECT_THROW(gDBase.Execute("DELETE FROM users WHERE name = 'x''"), rt::Error);
+}
+
+}  // namespace
