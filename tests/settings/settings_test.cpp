@@ -1,0 +1,123 @@
+// The workstation's settings file and the options table.
+
+#include "data/session.h"
+#include "fixtures.h"
+#include "platform/convert.h"
+#include "platform/os.h"
+#include "settings/options.h"
+#include "settings/settings_file.h"
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+class SettingsFileTest : public testing_support::SeamTest {
+protected:
+    void SetUp() override {
+        SeamTest::SetUp();
+        gSystemDir = GetSystemDir();
+        QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
+    }
+};
+
+TEST_F(SettingsFileTest, TheSystemDirectoryIsSharedAndMade) {
+    EXPECT_FALSE(gSystemDir.isEmpty());
+    EXPECT_TRUE(QDir(gSystemDir).exists());
+    EXPECT_EQ(GetSystemDir(), gSystemDir);
+    EXPECT_EQ(TrimAtNull(QString("abc") + QChar(0) + "def"), "abc");
+    EXPECT_EQ(TrimAtNull("abc"), "abc");
+    EXPECT_TRUE(ProgramSection().endsWith(QDir::separator()));
+    EXPECT_TRUE(ProgramSection().startsWith(platform::programFolder()));
+}
+
+TEST_F(SettingsFileTest, AValueIsCutAt127Characters) {
+    const QString section = ProgramSection();
+    const QString path127 = "/data/" + QString(121, 'p');
+    WriteIni("Database", section, path127);
+    EXPECT_EQ(ReadIni("Database"), path127);
+    WriteIni("Database", section, path127 + "q");
+    EXPECT_EQ(ReadIni("Database"), path127);
+}
+
+TEST_F(SettingsFileTest, MissingOrEmptyGivesTheDefault) {
+    EXPECT_EQ(ReadIni("LG", ProgramSection(), "fallback"), "fallback");
+    WriteIni("LG", ProgramSection(), "");
+    EXPECT_EQ(ReadIni("LG", ProgramSection(), "fallback"), "fallback");
+    WriteIni("LG", ProgramSection(), 42);
+    EXPECT_EQ(ReadIni("lg", ProgramSection(), "fallback"), "42");
+    EXPECT_EQ(ReadIni("Name", "Temp", "FirstOn", path("missing.tmp")), "FirstOn");
+}
+
+TEST_F(SettingsFileTest, EachProgramFolderHasASectionOfItsOwn) {
+    const QString first = "/opt/first" + QString(QDir::separator());
+    const QString second = "/opt/second" + QString(QDir::separator());
+    WriteIni("Database", first, "/one.mdb");
+    WriteIni("Database", " " + second + " ", "/two.mdb");
+    EXPECT_EQ(ReadIni("Database", first), "/one.mdb");
+    EXPECT_EQ(ReadIni("Database", second), "/two.mdb");
+    EXPECT_EQ(ReadIni("Database", "/opt/third/"), "");
+    QFile file(platform::joinPath(gSystemDir, "tarnell.ini"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll().count("[/opt/"), 2);
+}
+
+TEST_F(SettingsFileTest, ASettingsFileGivenByPathIsRead) {
+    const QString temp = path("temp.tmp");
+    ASSERT_TRUE(platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
+    EXPECT_EQ(ReadIni("Logon", "Temp", "", temp), "boss");
+    EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
+}
+
+class OptionsTest : public testing_support::SessionTest {
+protected:
+    void SetUp() override {
+        SessionTest::SetUp();
+        gOptionsRS = open("SELECT * FROM options");
+    }
+    void TearDown() override {
+        gOptionsRS.reset();
+        SessionTest::TearDown();
+    }
+};
+
+TEST_F(OptionsTest, TagsOfOneSectionAndUserShareARow) {
+    EXPECT_EQ(rt::CStr(GetOption(4, "Options2", "/docs", false)), "/docs");
+    SaveOption(4, "Options2", "/mine", false);
+    SaveOption(7, "Options2", 12, false);
+    SaveOption(4, "Options2", "/everyone", true);
+    EXPECT_EQ(count("options", "section = 'Options2' AND userid = 1"), 1);
+    EXPECT_EQ(count("options", "section = 'Options2' AND userid = 0"), 1);
+    EXPECT_EQ(rt::CStr(GetOption(4, "Options2", "/docs", false)), "/mine");
+    EXPECT_EQ(rt::CStr(GetOption(7, "options2", 0, false)), "12");
+    EXPECT_EQ(rt::CStr(GetOption(4, "Options2", "/docs", true)), "/everyone");
+    SaveOption(4, "Options2", "", false);
+    EXPECT_EQ(rt::CStr(GetOption(4, "Options2", "/docs", false)), "/docs");
+}
+
+TEST_F(OptionsTest, TagsOutOfBoundsAreRefusedWithTheMessage) {
+    for (qint16 tag : {0, 26}) {
+        SaveOption(tag, "Options", "x", false);
+    }
+    ASSERT_EQ(ui.texts().size(), 2u);
+    EXPECT_EQ(ui.texts()[0], "Error in saving options.  Option tag out of bounds.");
+    EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
+    EXPECT_EQ(count("options"), 0);
+    EXPECT_EQ(rt::CStr(GetOption(26, "Options", "none", false)), "none");  // an empty table asks nothing
+    SaveOption(1, "Options", "x", false);
+    EXPECT_THROW(GetOption(26, "Options", "", false), rt::Error);  // no column value26
+}
+
+TEST_F(OptionsTest, WithoutTheCursorSaveIsSilentAndGetFails) {
+    gOptionsRS.reset();
+    SaveOption(1, "Options", "x", false);
+    EXPECT_TRUE(ui.messages.empty());
+    try {
+        GetOption(1, "Options", 1, false);
+        FAIL();
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), rt::ObjectNotSet);
+    }
+}
+
+}  // namespace
