@@ -30,11 +30,12 @@ QString levelText(int level) {
     for (int p = 85; p < 245; ++p) {
         text[p] = '0';
     }
-    if (level < 9) {
-        text[8] = '0';  // Administration
-    }
     if (level < 7) {
-        text[76] = '0';  // Access all Clients and Non-Clients
+        text[8] = '0';  // Administration, and with it every right beneath it
+    } else if (level < 9) {
+        for (int configure = 77; configure <= 80; ++configure) {
+            text[configure] = '0';  // managers reach all clients but configure nothing
+        }
     }
     if (level < 3) {
         text[84] = '0';  // Library

@@ -40,24 +40,24 @@ Command parse(const QStringList& arguments, const QStringList& allowedOptions) {
     command.name = arguments[0];
     command.target = arguments[1];
     for (int i = 2; i < arguments.size(); ++i) {
-        QString option = arguments[i];
+        const QString option = arguments[i];
         if (!option.startsWith("--")) {
             throw UsageError{"unexpected argument '" + option + "'."};
         }
+        const int equals = int(option.indexOf('='));
+        const QString name = equals > 0 ? option.left(equals) : option;
+        if (!allowedOptions.contains(name.mid(2))) {
+            throw UsageError{"unknown option " + name + " for '" + command.name + "'."};
+        }
         QString value;
-        if (const int equals = int(option.indexOf('=')); equals > 0) {
+        if (equals > 0) {
             value = option.mid(equals + 1);
-            option = option.left(equals);
         } else if (i + 1 < arguments.size()) {
             value = arguments[++i];
         } else {
-            throw UsageError{"the option " + option + " needs a value."};
+            throw UsageError{"the option " + name + " needs a value."};
         }
-        const QString key = option.mid(2);
-        if (!allowedOptions.contains(key)) {
-            throw UsageError{"unknown option " + option + " for '" + command.name + "'."};
-        }
-        command.options.insert(key, value);
+        command.options.insert(name.mid(2), value);
     }
     return command;
 }
