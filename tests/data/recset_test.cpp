@@ -17,16 +17,18 @@ namespace {
 class RecSetTest : public SessionTest {};
 
 TEST_F(RecSetTest, ColsNeverGivesANullForTextNumbersOrBooleans) {
-    execute("CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, f SINGLE, "
-            "d DOUBLE, b BIT, dt DATETIME, bin LONGBLOB)");
+    execute(
+        "CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, f "
+        "SINGLE, "
+        "d DOUBLE, b BIT, dt DATETIME, bin LONGBLOB)");
     execute("INSERT INTO kinds (t) VALUES (NULL)");
     auto rs = open("SELECT * FROM kinds");
     const struct {
         const char* column;
         Variant value;
     } cases[] = {
-        {"t", QString()},     {"m", QString()},     {"s", qint16(0)}, {"l", qint16(0)},
-        {"c", qint16(0)},     {"f", qint16(0)},     {"d", qint16(0)}, {"b", false},
+        {"t", QString()},        {"m", QString()},         {"s", qint16(0)}, {"l", qint16(0)},
+        {"c", qint16(0)},        {"f", qint16(0)},         {"d", qint16(0)}, {"b", false},
         {"dt", Variant::null()}, {"bin", Variant::null()},
     };
     for (const auto& c : cases) {

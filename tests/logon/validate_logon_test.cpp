@@ -1,6 +1,7 @@
 // Logon validation: each check with its message, title and focus, what a good logon leaves
 // behind, the reachable entries, and the session branch.
 
+#include "logon/validate_logon.h"
 #include "access/right_catalogue.h"
 #include "data/dbase.h"
 #include "data/session.h"
@@ -8,7 +9,6 @@
 #include "installation.h"
 #include "logon/command_line.h"
 #include "logon/logon_state.h"
-#include "logon/validate_logon.h"
 #include "platform/convert.h"
 #include "settings/settings_file.h"
 
@@ -57,7 +57,9 @@ protected:
         gLogonTime = rt::Variant();
         SeamTest::TearDown();
     }
-    bool validate(bool docs = false, bool admin = true) { return ValidateLogon(window, "server1", docs, admin); }
+    bool validate(bool docs = false, bool admin = true) {
+        return ValidateLogon(window, "server1", docs, admin);
+    }
     QString setting(const QString& key) { return ReadIni(key, ProgramSection(), "<none>"); }
     QStringList reachable() const {
         QStringList entries;
@@ -67,8 +69,9 @@ protected:
         return entries;
     }
     qint32 sessionRows(qint32 uid) {
-        return rt::CLng(gDBase.OpenRecordset("SELECT count(*) FROM rts WHERE uid = " + QString::number(uid))
-                            ->ColsWithNull(0));
+        return rt::CLng(
+            gDBase.OpenRecordset("SELECT count(*) FROM rts WHERE uid = " + QString::number(uid))
+                ->ColsWithNull(0));
     }
 
     FakeLogonWindow window;
@@ -85,7 +88,12 @@ TEST_F(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
     } cases[] = {
         {"", "orvane", window.database, "You must enter a logon.", "Logon", {"focus logon"}},
         {"ad'min", "orvane", window.database, "Invalid logon character.", "Logon", {"focus logon"}},
-        {"ad\"min", "orvane", window.database, "Invalid logon character.", "Logon", {"focus logon"}},
+        {"ad\"min",
+         "orvane",
+         window.database,
+         "Invalid logon character.",
+         "Logon",
+         {"focus logon"}},
         {"admin", "orvane", "", "Invalid database.", "Error", {"ShowDb", "focus database"}},
     };
     for (const auto& c : cases) {
@@ -108,7 +116,8 @@ TEST_F(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
 TEST_F(ValidateLogonTest, ADatabaseThatDoesNotOpenIsShownAndNotRemembered) {
     window.database = path("missing.mdb");
     EXPECT_FALSE(validate());
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"Couldn't find file '" + path("missing.mdb") + "'."});
+    EXPECT_EQ(ui.texts(),
+              std::vector<QString>{"Couldn't find file '" + path("missing.mdb") + "'."});
     EXPECT_EQ(window.calls, QStringList({"ShowDb"}));
     EXPECT_FALSE(ui.busy);
     EXPECT_EQ(setting("Database"), "<none>");
@@ -173,9 +182,10 @@ TEST_F(ValidateLogonTest, ANullPasswordMatchesAnEmptyBox) {
 TEST_F(ValidateLogonTest, WithTheRightToAllClientsEveryOtherEntryIsReachable) {
     EXPECT_TRUE(validate());
     EXPECT_TRUE(gRightValues(kRightAccessAllClients));
-    EXPECT_EQ(reachable(), QStringList({"Brian Cole", "Carmen Diaz", "Conference Room", "Derek Evans",
-                                        "Downtown Office", "Erin Ford", "Northside Office", "Projector",
-                                        "Sales Team", "Support Desk"}));
+    EXPECT_EQ(reachable(),
+              QStringList({"Brian Cole", "Carmen Diaz", "Conference Room", "Derek Evans",
+                           "Downtown Office", "Erin Ford", "Northside Office", "Projector",
+                           "Sales Team", "Support Desk"}));
     EXPECT_EQ(gUserCount, 11);
     EXPECT_EQ(gUsers.size(), 12);  // one slot more than the count, left empty
     EXPECT_EQ(gUsers(11).id, 0);
@@ -198,7 +208,8 @@ TEST_F(ValidateLogonTest, WithoutTheRightOnlyWhatExtendedAccessReaches) {
         {"eford", "erin", {"Alice Admin", "Carmen Diaz", "Conference Room", "Downtown Office"}},
     };
     ASSERT_TRUE(gDBase.DBInit(window.database));
-    gDBase.Execute("INSERT INTO extaccess (userid, extid) VALUES (5, 10)");  // Erin reaches the Downtown branch
+    gDBase.Execute("INSERT INTO extaccess (userid, extid) VALUES (5, 10)");  // Erin reaches the
+                                                                             // Downtown branch
     for (const auto& c : cases) {
         window.logon = c.logon;
         window.password = c.password;
@@ -221,7 +232,8 @@ TEST_F(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
     EXPECT_FALSE(validate(false, false));
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text,
-              "The network shows you already logged on.  Do you wish to continue, terminating the previous logon?");
+              "The network shows you already logged on.  Do you wish to continue, terminating the "
+              "previous logon?");
     EXPECT_EQ(ui.messages[0].title, "Already Logged On");
     EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
     EXPECT_EQ(window.calls, QStringList({"cmdCancel"}));
@@ -262,7 +274,7 @@ TEST(CommandSwitches, AreFoundAnywhereInEitherCase) {
         {"-ladmin -porvane", "admin", "orvane"},
         {"-porvane -ladmin", "admin", "orvane"},
         {"-LADMIN -Psecret", "ADMIN", "secret"},
-        {"-l john -pjohn", "", "john"},           // a blank right behind the switch
+        {"-l john -pjohn", "", "john"},  // a blank right behind the switch
         {"-ladmin", "admin", ""},
         {"/data/my-library.mdb -ladmin", "ibrary.mdb", ""},  // a path holding the switch wins
         {"", "", ""},

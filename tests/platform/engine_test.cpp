@@ -1,14 +1,16 @@
 // The engine's conformance: what the program relies on of a database and its dynaset cursors.
 // Every backend runs these.
 
+#include "platform/engine/engine.h"
 #include "platform/convert.h"
 #include "platform/dates.h"
-#include "platform/engine/engine.h"
 #include "platform/engine/errors.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+
+#include "fixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -24,14 +26,7 @@ using rt::Variant;
 
 namespace {
 
-int errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const rt::Error& e) {
-        return e.number();
-    }
-    return 0;
-}
+using testing_support::errorOf;
 
 class EngineTest : public ::testing::Test {
 protected:
@@ -40,9 +35,11 @@ protected:
         path = dir.filePath("engine.mdb");
         db = engine::createDatabase(path);
         db->execute(
-            "CREATE TABLE people (id INTEGER PRIMARY KEY AUTOINCREMENT, name VARCHAR(20) COLLATE NOCASE "
+            "CREATE TABLE people (id INTEGER PRIMARY KEY AUTOINCREMENT, name VARCHAR(20) COLLATE "
+            "NOCASE "
             "CHECK (length(name) <= 20), age SMALLINT, salary CURRENCY, born DATETIME, active BIT, "
-            "score SINGLE, ratio DOUBLE, notes LONGTEXT COLLATE NOCASE, photo LONGBLOB, boss INTEGER)");
+            "score SINGLE, ratio DOUBLE, notes LONGTEXT COLLATE NOCASE, photo LONGBLOB, boss "
+            "INTEGER)");
         db->execute("CREATE TABLE plain (code VARCHAR(5) COLLATE NOCASE, amount INTEGER)");
         for (const char* row : {"'bob', 30, 1", "'Alice', 40, 1", "'carol', 25, 2"}) {
             db->execute(QString("INSERT INTO people (name, age, boss) VALUES (%1)").arg(row));
@@ -178,7 +175,8 @@ TEST_F(EngineTest, EditUpdateAndCancel) {
     rs->edit();
     rs->field("age").setValue("32");
     rs->update();
-    EXPECT_EQ(rt::CInt(open("SELECT age FROM people WHERE name = 'bob'")->field("age").value()), 32);
+    EXPECT_EQ(rt::CInt(open("SELECT age FROM people WHERE name = 'bob'")->field("age").value()),
+              32);
     EXPECT_EQ(errorOf([&] { rs->cancelUpdate(); }), engine::UpdateWithoutEdit);
 
     auto plain = open("plain");  // a table with no key of its own is written all the same
@@ -235,8 +233,10 @@ TEST_F(EngineTest, DeleteRemovesTheRowAndLeavesTheCursorOnIt) {
 }
 
 TEST_F(EngineTest, FieldsCarryTheLibrarysTypeNumbersSizesAndValues) {
-    db->execute("UPDATE people SET salary = 1234.5678, born = CDATE('1/5/2000'), active = True, score = 6.5, "
-                "ratio = 0.25, notes = 'long', photo = NULL WHERE name = 'bob'");
+    db->execute(
+        "UPDATE people SET salary = 1234.5678, born = CDATE('1/5/2000'), active = True, score = "
+        "6.5, "
+        "ratio = 0.25, notes = 'long', photo = NULL WHERE name = 'bob'");
     auto rs = open("SELECT * FROM people WHERE name = 'bob'");
     const struct {
         const char* name;
@@ -303,9 +303,10 @@ TEST_F(EngineTest, TheDialectsForms) {
     db->execute("UPDATE people SET born = DATEADD(\"yyyy\",-1,born) WHERE name = 'bob'");
     EXPECT_EQ(open("SELECT born FROM people WHERE name = 'bob'")->field(0).value(),
               Variant::date(rt::DateSerial(2000, 3, 7)));
-    EXPECT_EQ(names("SELECT name FROM people WHERE age < 30 UNION SELECT name FROM people WHERE age > 35 "
-                    "ORDER BY name"),
-              QStringList({"Alice", "carol"}));
+    EXPECT_EQ(
+        names("SELECT name FROM people WHERE age < 30 UNION SELECT name FROM people WHERE age > 35 "
+              "ORDER BY name"),
+        QStringList({"Alice", "carol"}));
     EXPECT_EQ(names("SELECT * FROM people WHERE id IN (SELECT boss FROM people WHERE boss > 1)"),
               QStringList({"Alice"}));
     EXPECT_EQ(names("SELECT * FROM people WHERE id NOT IN(SELECT boss FROM people) ORDER BY name"),
@@ -322,15 +323,19 @@ TEST_F(EngineTest, SelectIntoCopiesATableHereOrIntoAnotherFile) {
     auto staff = open("SELECT * FROM staff WHERE name = 'ALICE'");  // the collation came along
     EXPECT_EQ(staff->recordCount(), 1);
     EXPECT_EQ(staff->field("age").type(), engine::dbInteger);
-    EXPECT_EQ(errorOf([&] { db->execute("SELECT * INTO staff from people"); }), engine::TableExists);
+    EXPECT_EQ(errorOf([&] { db->execute("SELECT * INTO staff from people"); }),
+              engine::TableExists);
 
     const QString other = dir.filePath("other.new");
     engine::createDatabase(other)->close();
     db->execute("SELECT * INTO [;database=" + other + "].people from people");
     auto copy = engine::openDatabase(other);
     EXPECT_EQ(rt::CLng(copy->openRecordset("SELECT count(*) FROM people")->field(0).value()), 3);
-    EXPECT_EQ(errorOf([&] { db->execute("SELECT * INTO [;database=" + dir.filePath("none.new") + "].p from people"); }),
-              engine::FileNotFound);
+    EXPECT_EQ(
+        errorOf([&] {
+            db->execute("SELECT * INTO [;database=" + dir.filePath("none.new") + "].p from people");
+        }),
+        engine::FileNotFound);
     db->deleteTable("staff");
     EXPECT_EQ(errorOf([&] { db->deleteTable("staff"); }), engine::ItemNotFound);
 }
@@ -344,7 +349,8 @@ TEST_F(EngineTest, OneStatementPerCallWhateverAValueHolds) {
         {"DELETE FROM people WHERE id = 1; DROP TABLE people", engine::CharactersAfterEnd},
         {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people; --'", engine::SyntaxError},
         {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people", engine::CharactersAfterEnd},
-        {"UPDATE people SET name = 'x' WHERE name = 'a';DELETE FROM people", engine::CharactersAfterEnd},
+        {"UPDATE people SET name = 'x' WHERE name = 'a';DELETE FROM people",
+         engine::CharactersAfterEnd},
         {"UPDATE people SET age = 1 WHERE name = 'o'brien'", engine::SyntaxError},
     };
     for (const auto& c : injections) {

@@ -33,8 +33,10 @@ protected:
 };
 
 TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
-    write("[section1]\r\nname1=val1\r\nname2=\"val2\"\r\nname3\r\nname4=a\r\nname5=\r\n  Spaced  =  value with blanks  "
-          "\r\nname1=second\r\n[section2]\r\nname1=other\r\n");
+    write(
+        "[section1]\r\nname1=val1\r\nname2=\"val2\"\r\nname3\r\nname4=a\r\nname5=\r\n  Spaced  =  "
+        "value with blanks  "
+        "\r\nname1=second\r\n[section2]\r\nname1=other\r\n");
     const struct {
         const char* section;
         const char* key;
@@ -42,19 +44,19 @@ TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
         const char* value;
         int count;
     } cases[] = {
-        {"section1", "NaMe1", 128, "val1", 4},           // names ignore case
-        {"SECTION1", "name1", 128, "val1", 4},           // the first of duplicate keys wins
-        {"section1", "name2", 128, "val2", 4},           // surrounding quotes go
-        {"section1", "name1", 5, "val1", 4},             // size - 1 characters
+        {"section1", "NaMe1", 128, "val1", 4},  // names ignore case
+        {"SECTION1", "name1", 128, "val1", 4},  // the first of duplicate keys wins
+        {"section1", "name2", 128, "val2", 4},  // surrounding quotes go
+        {"section1", "name1", 5, "val1", 4},    // size - 1 characters
         {"section1", "name1", 4, "val", 3},
         {"section1", "name1", 1, "", 0},
-        {"section1", "name3", 128, "default", 7},        // a line without = is no key
-        {"section1", "name5", 128, "", 0},               // an empty value is not the default
+        {"section1", "name3", 128, "default", 7},  // a line without = is no key
+        {"section1", "name5", 128, "", 0},         // an empty value is not the default
         {"section1", "spaced", 128, "value with blanks", 17},
         {"section1", "missing", 128, "default", 7},
         {"nosection", "name1", 128, "default", 7},
         {"section2", "name1", 128, "other", 5},
-        {"section1", "", 128, "default", 7},             // an empty key also gets the default
+        {"section1", "", 128, "default", 7},  // an empty key also gets the default
     };
     for (const auto& c : cases) {
         const auto [value, count] = read(c.section, c.key, c.size);
@@ -79,7 +81,8 @@ TEST_F(ProfileTest, WritingMakesFileSectionAndKey) {
     EXPECT_EQ(content(), "[App]\r\nkey=\r\n");
     EXPECT_TRUE(platform::WritePrivateProfileString("App", QString("second"), QString("2"), file));
     EXPECT_TRUE(platform::WritePrivateProfileString("Other", QString("a"), QString("b"), file));
-    EXPECT_TRUE(platform::WritePrivateProfileString("APP", QString("KEY"), QString("replaced"), file));
+    EXPECT_TRUE(
+        platform::WritePrivateProfileString("APP", QString("KEY"), QString("replaced"), file));
     EXPECT_EQ(content(), "[App]\r\nkey=replaced\r\nsecond=2\r\n[Other]\r\na=b\r\n");
 }
 

@@ -19,7 +19,8 @@ protected:
 
 TEST_F(SeamFixture, ABoxWithNoTitleShowsTheApplicationTitleAndAnswersItsDefault) {
     EXPECT_EQ(ShowMsg("Plain"), Msg::OK);
-    EXPECT_EQ(ShowMsg("Destroy?", Msg::YesNo | Msg::Question | Msg::DefaultButton2, "Delete"), Msg::No);
+    EXPECT_EQ(ShowMsg("Destroy?", Msg::YesNo | Msg::Question | Msg::DefaultButton2, "Delete"),
+              Msg::No);
     ui.answers.push_back(Msg::Yes);
     EXPECT_EQ(ShowMsg("Again?", Msg::YesNo | Msg::DefaultButton2), Msg::Yes);
     ASSERT_EQ(ui.messages.size(), 3u);

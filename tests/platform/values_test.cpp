@@ -8,6 +8,8 @@
 
 #include <QDate>
 
+#include "fixtures.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -16,22 +18,25 @@ using rt::Variant;
 
 namespace {
 
-int errorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const rt::Error& e) {
-        return e.number();
-    }
-    return 0;
-}
+using testing_support::errorOf;
 
 TEST(Conversions, IntegerRoundingIsHalfToEven) {
     const struct {
         Variant in;
         qint32 out;
     } cases[] = {
-        {0.5, 0},  {1.5, 2},   {2.5, 2},     {-0.5, 0},    {-1.5, -2},  {0.6, 1},
-        {-0.6, -1}, {"1.5", 2}, {"0.5", 0},  {" 12 ", 12}, {true, -1},  {Variant(), 0},
+        {0.5, 0},
+        {1.5, 2},
+        {2.5, 2},
+        {-0.5, 0},
+        {-1.5, -2},
+        {0.6, 1},
+        {-0.6, -1},
+        {"1.5", 2},
+        {"0.5", 0},
+        {" 12 ", 12},
+        {true, -1},
+        {Variant(), 0},
         {Variant::currency(25000), 2},  // 2.5 as currency
     };
     for (const auto& c : cases) {
@@ -139,9 +144,9 @@ TEST(Dates, SerialsAndWeekdays) {
     EXPECT_EQ(rt::DateSerial(1900, 1, 1), 2);
     EXPECT_EQ(rt::DateSerial(2000, 1, 5), 36530);
     EXPECT_EQ(rt::DateSerial(100, 1, 1), -657434);
-    EXPECT_EQ(rt::Weekday(36530), 4);  // Wednesday
-    EXPECT_EQ(rt::Weekday(0), 7);      // Saturday
-    EXPECT_EQ(rt::Weekday(1), 1);      // Sunday
+    EXPECT_EQ(rt::Weekday(36530), 4);                  // Wednesday
+    EXPECT_EQ(rt::Weekday(0), 7);                      // Saturday
+    EXPECT_EQ(rt::Weekday(1), 1);                      // Sunday
     const rt::DateParts parts = rt::splitDate(-1.25);  // 29 Dec 1899, 6:00
     EXPECT_EQ(parts.day, 29);
     EXPECT_EQ(parts.hour, 6);
@@ -179,7 +184,8 @@ TEST(Dates, TextIsReadUnderTheLocale) {
 }
 
 TEST(Dates, TextThatIsNoDate) {
-    for (const char* text : {"True", "0", "24:00", "0:60", "32 49", "1.2.3.4", "2/30/2000", "", "abc", "1/2/3/4"}) {
+    for (const char* text :
+         {"True", "0", "24:00", "0:60", "32 49", "1.2.3.4", "2/30/2000", "", "abc", "1/2/3/4"}) {
         EXPECT_FALSE(rt::IsDate(text)) << text;
         EXPECT_EQ(errorOf([&] { rt::CDate(text); }), rt::TypeMismatch) << text;
     }
@@ -212,13 +218,18 @@ TEST(Numbers, IsNumericOnTrickyText) {
         Variant in;
         bool numeric;
     } cases[] = {
-        {" 12 ", true}, {"1e3", true},  {"&H10", true}, {"1,000", true}, {"$5", true},
-        {Variant(), true}, {"", false}, {"-", false},   {".", false},    {Variant::null(), false},
-        {"1.2.3", false}, {"12abc", false}, {"-3.5", true}, {".5", true}, {true, true},
-        {Variant::date(1), false},
+        {" 12 ", true},   {"1e3", true},
+        {"&H10", true},   {"1,000", true},
+        {"$5", true},     {Variant(), true},
+        {"", false},      {"-", false},
+        {".", false},     {Variant::null(), false},
+        {"1.2.3", false}, {"12abc", false},
+        {"-3.5", true},   {".5", true},
+        {true, true},     {Variant::date(1), false},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(rt::IsNumeric(c.in), c.numeric) << (c.in.isString() ? c.in.text().toStdString() : "");
+        EXPECT_EQ(rt::IsNumeric(c.in), c.numeric)
+            << (c.in.isString() ? c.in.text().toStdString() : "");
     }
     EXPECT_EQ(rt::CDbl("1,000"), 1000);
     EXPECT_EQ(rt::CDbl("&HFFFF"), -1);
@@ -230,8 +241,8 @@ TEST(Numbers, ValReadsTheLeadingNumber) {
         const char* text;
         double value;
     } cases[] = {
-        {"1615 198th St", 1615198}, {"1,000", 1}, {"&H10", 16}, {"&HFFFF", -1},
-        {"abc", 0},                 {" 2.5e2x", 250}, {"-1.5", -1.5}, {"", 0},
+        {"1615 198th St", 1615198}, {"1,000", 1},   {"&H10", 16}, {"&HFFFF", -1}, {"abc", 0},
+        {" 2.5e2x", 250},           {"-1.5", -1.5}, {"", 0},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(rt::Val(c.text), c.value) << c.text;

@@ -64,7 +64,8 @@ TEST_F(SettingsFileTest, EachProgramFolderHasASectionOfItsOwn) {
 
 TEST_F(SettingsFileTest, ASettingsFileGivenByPathIsRead) {
     const QString temp = path("temp.tmp");
-    ASSERT_TRUE(platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
+    ASSERT_TRUE(
+        platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
     EXPECT_EQ(ReadIni("Logon", "Temp", "", temp), "boss");
     EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
 }
@@ -103,7 +104,8 @@ TEST_F(OptionsTest, TagsOutOfBoundsAreRefusedWithTheMessage) {
     EXPECT_EQ(ui.texts()[0], "Error in saving options.  Option tag out of bounds.");
     EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
     EXPECT_EQ(count("options"), 0);
-    EXPECT_EQ(rt::CStr(GetOption(26, "Options", "none", false)), "none");  // an empty table asks nothing
+    EXPECT_EQ(rt::CStr(GetOption(26, "Options", "none", false)),
+              "none");  // an empty table asks nothing
     SaveOption(1, "Options", "x", false);
     EXPECT_THROW(GetOption(26, "Options", "", false), rt::Error);  // no column value26
 }

@@ -7,14 +7,27 @@
 
 namespace testing_support {
 
+int errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const rt::Error& e) {
+        return e.number();
+    }
+    return 0;
+}
+
 void SeamTest::SetUp() {
     ASSERT_TRUE(folder.isValid());
     platform::setUi(&ui);
 }
 
-void SeamTest::TearDown() { platform::setUi(nullptr); }
+void SeamTest::TearDown() {
+    platform::setUi(nullptr);
+}
 
-QString SeamTest::path(const QString& name) const { return folder.filePath(name); }
+QString SeamTest::path(const QString& name) const {
+    return folder.filePath(name);
+}
 
 QString SeamTest::newDatabase(const QString& name) {
     const QString file = path(name);
@@ -40,7 +53,9 @@ void SessionTest::TearDown() {
     SeamTest::TearDown();
 }
 
-void SessionTest::execute(const QString& sql) { gDBase.Execute(sql); }
+void SessionTest::execute(const QString& sql) {
+    gDBase.Execute(sql);
+}
 
 rt::Variant SessionTest::scalar(const QString& sql) {
     auto rs = gDBase.OpenRecordset(sql);
@@ -48,13 +63,16 @@ rt::Variant SessionTest::scalar(const QString& sql) {
 }
 
 qint32 SessionTest::count(const QString& table, const QString& where) {
-    return rt::CLng(scalar("SELECT count(*) FROM " + table + (where.isEmpty() ? QString() : " WHERE " + where)));
+    return rt::CLng(scalar("SELECT count(*) FROM " + table +
+                           (where.isEmpty() ? QString() : " WHERE " + where)));
 }
 
-std::unique_ptr<RecSet> SessionTest::open(const QString& sql) { return gDBase.OpenRecordset(sql); }
+std::unique_ptr<RecSet> SessionTest::open(const QString& sql) {
+    return gDBase.OpenRecordset(sql);
+}
 
-qint32 addEntry(const QString& name, qint16 type, const QString& logon, const QString& password, qint16 level,
-                qint16 edition) {
+qint32 addEntry(const QString& name, qint16 type, const QString& logon, const QString& password,
+                qint16 level, qint16 edition) {
     auto rs = gDBase.OpenRecordset(QStringLiteral("users"));
     rs->AddNew();
     const qint32 id = rt::CLng(rs->Cols("id"));

@@ -8,9 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 namespace testing_support {
+
+// The number of the run-time failure the action raises, 0 when it raises none.
+int errorOf(const std::function<void()>& action);
 
 // A test with the scripted seam installed and a folder of its own, which it may fill with a
 // database as the installer ships it.
@@ -44,6 +48,7 @@ protected:
 
 // Adds a row to users and gives its id.
 qint32 addEntry(const QString& name, qint16 type, const QString& logon = QStringLiteral("zq"),
-                const QString& password = QStringLiteral("zq"), qint16 level = 1, qint16 edition = 0);
+                const QString& password = QStringLiteral("zq"), qint16 level = 1,
+                qint16 edition = 0);
 
 }  // namespace testing_support

@@ -61,34 +61,47 @@ TEST_F(LattimerDbTest, CreateWritesEveryTableAndIndexWithTheShippedRows) {
         indexes += int(table.indexes.size());
     }
     tables.sort(Qt::CaseInsensitive);
-    EXPECT_EQ(shell(db, "SELECT name FROM sqlite_master WHERE type = 'table' AND name <> 'sqlite_sequence' "
-                        "ORDER BY name COLLATE NOCASE"),
-              tables);
-    EXPECT_EQ(shell(db, "SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'"),
-              QStringList({QString::number(indexes)}));
-    for (const char* needed : {"users", "extaccess", "rts", "sysinfo", "options", "udfs", "clntudf", "clntudf2",
-                                  "projudf", "listudf", "acctudf", "produdf", "reminder", "watch_branch", "reports",
-                                  "rptcntls", "reportsdef", "rptcntlsdef", "clients", "files", "invoice", "disburse"}) {
+    EXPECT_EQ(
+        shell(db,
+              "SELECT name FROM sqlite_master WHERE type = 'table' AND name <> 'sqlite_sequence' "
+              "ORDER BY name COLLATE NOCASE"),
+        tables);
+    EXPECT_EQ(
+        shell(db, "SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'"),
+        QStringList({QString::number(indexes)}));
+    for (const char* needed :
+         {"users",    "extaccess",    "rts",     "sysinfo",  "options",    "udfs",
+          "clntudf",  "clntudf2",     "projudf", "listudf",  "acctudf",    "produdf",
+          "reminder", "watch_branch", "reports", "rptcntls", "reportsdef", "rptcntlsdef",
+          "clients",  "files",        "invoice", "disburse"}) {
         EXPECT_TRUE(tables.contains(needed)) << needed;
     }
-    EXPECT_EQ(shell(db, "SELECT dbversion, level10name FROM sysinfo"), QStringList({"6.5|Administrator"}));
-    EXPECT_EQ(shell(db, "SELECT id, Name, accLevel, Type FROM users"), QStringList({"1|New User|10|0"}));
+    EXPECT_EQ(shell(db, "SELECT dbversion, level10name FROM sysinfo"),
+              QStringList({"6.5|Administrator"}));
+    EXPECT_EQ(shell(db, "SELECT id, Name, accLevel, Type FROM users"),
+              QStringList({"1|New User|10|0"}));
     EXPECT_EQ(shell(db, "SELECT count(*), sum(Descrpn <> '') FROM udfs"), QStringList({"60|7"}));
-    EXPECT_EQ(shell(db, "SELECT count(*) FROM reminder WHERE startd BETWEEN 36756 AND 36776"), QStringList({"5"}));
-    EXPECT_EQ(shell(db, "SELECT (SELECT count(*) FROM reports), (SELECT count(*) FROM reportsdef), "
-                        "(SELECT count(*) FROM rptcntlsdef)"),
+    EXPECT_EQ(shell(db, "SELECT count(*) FROM reminder WHERE startd BETWEEN 36756 AND 36776"),
+              QStringList({"5"}));
+    EXPECT_EQ(shell(db,
+                    "SELECT (SELECT count(*) FROM reports), (SELECT count(*) FROM reportsdef), "
+                    "(SELECT count(*) FROM rptcntlsdef)"),
               QStringList({"3|3|6"}));
-    EXPECT_EQ(shell(db, "SELECT count(*) FROM users WHERE Name = 'NEW USER'"), QStringList({"1"}));  // no case
+    EXPECT_EQ(shell(db, "SELECT count(*) FROM users WHERE Name = 'NEW USER'"),
+              QStringList({"1"}));  // no case
 }
 
 TEST_F(LattimerDbTest, InstallLaysOutTheProgramFolder) {
     const QString folder = path("suite");
-    const ToolRun result = run({"install", folder, "--logon", "boss", "--name", "Pat Boss", "--company=O'Neil & Sons",
-                            "--address1", "1 Main St", "--address3", "Suite 4"});
+    const ToolRun result =
+        run({"install", folder, "--logon", "boss", "--name", "Pat Boss", "--company=O'Neil & Sons",
+             "--address1", "1 Main St", "--address3", "Suite 4"});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"), "SELECT Name FROM users"), QStringList({"New User"}));
-    EXPECT_EQ(shell(QDir(folder).filePath("tarnell.new"), "SELECT name FROM sqlite_master WHERE type = 'table' "
-                                                           "AND name <> 'sqlite_sequence' ORDER BY name"),
+    EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"), "SELECT Name FROM users"),
+              QStringList({"New User"}));
+    EXPECT_EQ(shell(QDir(folder).filePath("tarnell.new"),
+                    "SELECT name FROM sqlite_master WHERE type = 'table' "
+                    "AND name <> 'sqlite_sequence' ORDER BY name"),
               QStringList({"reports", "rptcntls"}));
     const QString temp = QDir(folder).filePath("temp.tmp");
     auto key = [&](const char* name) {
@@ -110,7 +123,8 @@ TEST_F(LattimerDbTest, DemoHasTheSampleDirectory) {
     const ToolRun result = run({"demo", folder, "--console-folder", path("console")});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains("logon 'admin', password 'orvane'"));
-    EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"), "SELECT Type, count(*) FROM users GROUP BY Type"),
+    EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"),
+                    "SELECT Type, count(*) FROM users GROUP BY Type"),
               QStringList({"0|5", "1|2", "2|2", "3|2"}));
 }
 
@@ -127,12 +141,18 @@ TEST_F(LattimerDbTest, MisuseGetsAClearMessage) {
         {{"frobnicate", "x"}, 2, "unknown command 'frobnicate'."},
         {{"create", path("x.mdb"), "--force"}, 2, "unknown option --force for 'create'."},
         {{"install", path("i"), "--logon"}, 2, "the option --logon needs a value."},
-        {{"create", path("existing.mdb")}, 1, "already exists; the installer never overwrites a database."},
+        {{"create", path("existing.mdb")},
+         1,
+         "already exists; the installer never overwrites a database."},
         {{"create", path("no/such/folder/x.mdb")}, 1, "cannot create a database at"},
         {{"install", path("plainfile/sub"), "--logon", "boss"}, 1, "cannot write to the folder"},
         {{"install", path("i")}, 1, "the first user's logon is needed (--logon)."},
-        {{"install", path("i"), "--logon", "toolongname"}, 1, "a logon has at most 8 characters and no quotes."},
-        {{"install", path("i"), "--logon", "o'neil"}, 1, "a logon has at most 8 characters and no quotes."},
+        {{"install", path("i"), "--logon", "toolongname"},
+         1,
+         "a logon has at most 8 characters and no quotes."},
+        {{"install", path("i"), "--logon", "o'neil"},
+         1,
+         "a logon has at most 8 characters and no quotes."},
         {{"demo", path("plainfile/sub")}, 1, "cannot write to the folder"},
     };
     for (const auto& c : cases) {

@@ -1,10 +1,10 @@
 // The value helpers.
 
+#include "util/value_helpers.h"
 #include "fixtures.h"
 #include "platform/convert.h"
 #include "platform/dates.h"
 #include "platform/os.h"
-#include "util/value_helpers.h"
 
 #include <QLineEdit>
 #include <QtTest/QTest>
@@ -13,7 +13,9 @@ using rt::Variant;
 
 namespace {
 
-double day(int y, int m, int d) { return rt::DateSerial(y, m, d); }
+double day(int y, int m, int d) {
+    return rt::DateSerial(y, m, d);
+}
 
 TEST(FormatValue, ByFieldType) {
     const Variant when = Variant::date(36530 + 0.5);
@@ -41,13 +43,15 @@ TEST(FormatValue, ByFieldType) {
         {true, 62, 0, false, "Yes"},
         {"TRUE", 62, 0, false, "Yes"},
         {"true", 62, 0, false, "No"},
-        {"{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\f0 Hello\\par World}", 72, 0, false, "Hello\nWorld"},
+        {"{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\f0 Hello\\par World}", 72, 0, false,
+         "Hello\nWorld"},
         {"as is", 73, 0, false, "as is"},
         {"as is", 0, 0, false, "as is"},
         {Variant::null(), 0, 0, false, ""},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(FormatValue(c.value, c.type, c.decimals, c.showZero), QString(c.out)) << c.type << " " << c.out;
+        EXPECT_EQ(FormatValue(c.value, c.type, c.decimals, c.showZero), QString(c.out))
+            << c.type << " " << c.out;
     }
 }
 
@@ -57,18 +61,19 @@ TEST(BusinessDays, SkipWeekends) {
         double days;
         double to;
     } cases[] = {
-        {day(2000, 1, 7), 1, day(2000, 1, 10)},     // Friday + 1 = Monday
-        {day(2000, 1, 8), 1, day(2000, 1, 10)},     // Saturday moves to the Friday first
-        {day(2000, 1, 9), 1, day(2000, 1, 10)},     // and so does Sunday
-        {day(2000, 1, 10), -1, day(2000, 1, 7)},    // Monday - 1 = Friday
-        {day(2000, 1, 12), 5, day(2000, 1, 19)},    // a week later, same weekday
+        {day(2000, 1, 7), 1, day(2000, 1, 10)},   // Friday + 1 = Monday
+        {day(2000, 1, 8), 1, day(2000, 1, 10)},   // Saturday moves to the Friday first
+        {day(2000, 1, 9), 1, day(2000, 1, 10)},   // and so does Sunday
+        {day(2000, 1, 10), -1, day(2000, 1, 7)},  // Monday - 1 = Friday
+        {day(2000, 1, 12), 5, day(2000, 1, 19)},  // a week later, same weekday
         {day(2000, 1, 12), 7, day(2000, 1, 21)},
         {day(2000, 1, 12), -7, day(2000, 1, 3)},
-        {day(2000, 1, 8), -1, day(2000, 1, 7)},     // Saturday moves on to Monday first
+        {day(2000, 1, 8), -1, day(2000, 1, 7)},  // Saturday moves on to Monday first
         {day(2000, 1, 12) + 0.25, 1.9, day(2000, 1, 13) + 0.25},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(AddBusinessDays(Variant::date(c.from), c.days), Variant::date(c.to)) << c.from << " " << c.days;
+        EXPECT_EQ(AddBusinessDays(Variant::date(c.from), c.days), Variant::date(c.to))
+            << c.from << " " << c.days;
     }
     EXPECT_EQ(AddBusinessDays("1/7/2000", 1), Variant("1/7/2000"));  // not of date type
     EXPECT_EQ(AddBusinessDays(Variant::date(day(2000, 1, 7)), "1"), Variant::date(day(2000, 1, 7)));
@@ -82,7 +87,8 @@ TEST(DateOffsets, ByUnitWithWeekendsSkipped) {
     EXPECT_EQ(DateOffset(friday, 0, 1, true, true), Variant::date(day(2000, 1, 10)));
     EXPECT_EQ(DateOffset(friday, 0, 2, true, true), Variant::date(day(2000, 1, 10)));
     EXPECT_EQ(DateOffset(friday, 1, 2, false, false), Variant::date(day(2000, 1, 21)));
-    EXPECT_EQ(DateOffset(Variant::date(day(2000, 1, 31)), 2, 1, false, false), Variant::date(day(2000, 2, 29)));
+    EXPECT_EQ(DateOffset(Variant::date(day(2000, 1, 31)), 2, 1, false, false),
+              Variant::date(day(2000, 2, 29)));
     EXPECT_EQ(DateOffset(friday, 3, 1, false, false), Variant::date(day(2001, 1, 7)));
     EXPECT_TRUE(DateOffset(friday, 4, 1, false, false).isEmpty());
 }

@@ -305,31 +305,28 @@ void SqliteDatabase::beginTrans() {
 }
 
 void SqliteDatabase::commitTrans() {
-    sqlite3* db = connection_->handle();
-    if (connection_->transactionDepth == 0) {
-        throw error(NoTransaction);
-    }
-    --connection_->transactionDepth;
-    if (connection_->transactionDepth == 0) {
-        run(db, QStringLiteral("COMMIT"));
-    } else {
-        run(db, QStringLiteral("RELEASE level%1").arg(connection_->transactionDepth));
-    }
+    endTransaction(true);
 }
 
 void SqliteDatabase::rollback() {
+    endTransaction(false);
+}
+
+void SqliteDatabase::endTransaction(bool keep) {
     sqlite3* db = connection_->handle();
     if (connection_->transactionDepth == 0) {
         throw error(NoTransaction);
     }
     --connection_->transactionDepth;
     if (connection_->transactionDepth == 0) {
-        run(db, QStringLiteral("ROLLBACK"));
-    } else {
-        const QString level = QStringLiteral("level%1").arg(connection_->transactionDepth);
-        run(db, "ROLLBACK TO " + level);
-        run(db, "RELEASE " + level);
+        run(db, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
+        return;
     }
+    const QString level = QStringLiteral("level%1").arg(connection_->transactionDepth);
+    if (!keep) {
+        run(db, "ROLLBACK TO " + level);
+    }
+    run(db, "RELEASE " + level);
 }
 
 }  // namespace engine

@@ -31,6 +31,8 @@ public:
 private:
     SqliteDatabase(std::shared_ptr<Connection> connection, QString path);
     void selectInto(const dialect::Statement& statement);
+    // Commits or rolls back the innermost transaction.
+    void endTransaction(bool keep);
 
     std::shared_ptr<Connection> connection_;
     QString path_;
