@@ -25,9 +25,7 @@ protected:
         gUsers(0).id = 1;
     }
     void TearDown() override {
-        gDBase.CloseDB();
-        gDBase.theDb.reset();
-        gUsers.erase();
+        testing_support::endSession();
         SeamTest::TearDown();
     }
     qint32 rows(const QString& sql) {

@@ -50,11 +50,7 @@ protected:
         window.password = "orvane";
     }
     void TearDown() override {
-        gDBase.CloseDB();
-        gDBase.theDb.reset();
-        gUsers.erase();
-        gUserCount = 0;
-        gLogonTime = rt::Variant();
+        testing_support::endSession();
         SeamTest::TearDown();
     }
     bool validate(bool docs = false, bool admin = true) {

@@ -433,6 +433,7 @@ TEST_F(EngineTest, PropertiesAndClosedObjects) {
     db->close();
     EXPECT_EQ(errorOf([&] { open("people"); }), engine::ObjectInvalid);
     EXPECT_EQ(errorOf([&] { other->edit(); }), engine::ObjectInvalid);
+    EXPECT_EQ(errorOf([&] { other->field("name").value(); }), engine::ObjectInvalid);
 }
 
 }  // namespace

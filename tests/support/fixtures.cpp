@@ -46,11 +46,17 @@ void SessionTest::SetUp() {
 }
 
 void SessionTest::TearDown() {
+    endSession();
+    SeamTest::TearDown();
+}
+
+void endSession() {
     gDBase.CloseDB();
     gDBase.theDb.reset();
     gUsers.erase();
     gUserCount = 0;
-    SeamTest::TearDown();
+    gLogonTime = rt::Variant();
+    gWatchdogOff = false;
 }
 
 void SessionTest::execute(const QString& sql) {

@@ -46,6 +46,9 @@ protected:
     QString databasePath;
 };
 
+// Closes the database and clears the session state a logon fills.
+void endSession();
+
 // Adds a row to users and gives its id.
 qint32 addEntry(const QString& name, qint16 type, const QString& logon = QStringLiteral("zq"),
                 const QString& password = QStringLiteral("zq"), qint16 level = 1,

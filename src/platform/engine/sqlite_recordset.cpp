@@ -30,7 +30,8 @@ sqlite3* SqliteRecordset::db() const {
 }
 
 void SqliteRecordset::checkOpen() const {
-    if (closed_) {
+    // Closing the database closes every cursor on it.
+    if (closed_ || !connection_->db) {
         throw error(ObjectInvalid);
     }
 }
