@@ -25,19 +25,11 @@ namespace {
 
 using platform::RunEnded;
 
-class ConsoleStartTest : public testing_support::SeamTest {
+class ConsoleStartTest : public testing_support::DemoTest {
 protected:
-    void SetUp() override {
-        SeamTest::SetUp();
-        gSystemDir = GetSystemDir();
-        QFile::remove(QDir(gSystemDir).filePath("tarnell.ini"));
-        installer::createDemo(path("demo"), platform::programFolder());
-    }
     void TearDown() override {
-        testing_support::endSession();
         gAccessLevel = 0;
-        SetCommandLine(QString());
-        SeamTest::TearDown();
+        DemoTest::TearDown();
     }
     void logOnAs(const QString& logon, const QString& password) {
         ui.modalScripts.push_back([logon, password](QWidget* w) {
@@ -48,7 +40,7 @@ protected:
         });
     }
     void setVersion(const QString& version) {
-        auto db = engine::openDatabase(QDir(path("demo")).filePath(installer::kDatabaseFile));
+        auto db = engine::openDatabase(demoDatabase());
         db->execute("UPDATE sysinfo SET dbversion = " + version);
     }
 
@@ -103,10 +95,9 @@ TEST_F(ConsoleStartTest, AnAdministratorGetsTheConsole) {
 
 TEST_F(ConsoleStartTest, ALevelNineLogonIsRefusedAfterItsSettingsWereWritten) {
     logOnAs("devans", "derek");
-    ASSERT_TRUE(engine::openDatabase(QDir(path("demo")).filePath(installer::kDatabaseFile)) !=
-                nullptr);
+    ASSERT_TRUE(engine::openDatabase(demoDatabase()) != nullptr);
     {
-        auto db = engine::openDatabase(QDir(path("demo")).filePath(installer::kDatabaseFile));
+        auto db = engine::openDatabase(demoDatabase());
         db->execute("UPDATE users SET accLevel = 9 WHERE id = 4");
     }
     EXPECT_THROW(console.Form_Activate(), RunEnded);

@@ -29,20 +29,11 @@ frmStartUp* logonWindow(QWidget* w) {
     return static_cast<frmStartUp*>(w);
 }
 
-class StartUpTest : public testing_support::SeamTest {
+class StartUpTest : public testing_support::DemoTest {
 protected:
     void SetUp() override {
-        SeamTest::SetUp();
-        gSystemDir = GetSystemDir();
-        QFile::remove(QDir(gSystemDir).filePath("tarnell.ini"));
-        installer::createDemo(path("demo"),
-                              platform::programFolder());  // remembers Database and LG
+        DemoTest::SetUp();
         database = ReadIni("Database");
-    }
-    void TearDown() override {
-        testing_support::endSession();
-        SetCommandLine(QString());
-        SeamTest::TearDown();
     }
     // The user's part in the next modal window: type a password and press Logon.
     void logOnWith(const QString& password) {

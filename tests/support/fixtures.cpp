@@ -3,7 +3,12 @@
 #include "data/dbase.h"
 #include "data/session.h"
 #include "installation.h"
+#include "logon/command_line.h"
 #include "platform/convert.h"
+#include "platform/os.h"
+#include "settings/settings_file.h"
+
+#include <QFile>
 
 namespace testing_support {
 
@@ -33,6 +38,23 @@ QString SeamTest::newDatabase(const QString& name) {
     const QString file = path(name);
     installer::createDatabase(file);
     return file;
+}
+
+void DemoTest::SetUp() {
+    SeamTest::SetUp();
+    gSystemDir = GetSystemDir();
+    QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
+    installer::createDemo(path("demo"), platform::programFolder());
+}
+
+void DemoTest::TearDown() {
+    endSession();
+    SetCommandLine(QString());
+    SeamTest::TearDown();
+}
+
+QString DemoTest::demoDatabase() const {
+    return platform::joinPath(path("demo"), installer::kDatabaseFile);
 }
 
 void SessionTest::SetUp() {

@@ -31,6 +31,16 @@ protected:
     QTemporaryDir folder;
 };
 
+// A demo installation that the console in the tests' program folder remembers, with a settings
+// file of its own; nothing is open yet.
+class DemoTest : public SeamTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    QString demoDatabase() const;
+};
+
 // A session: a fresh database opened on gDBase, with the given user as gUsers(0).
 class SessionTest : public SeamTest {
 protected:
