@@ -1,7 +1,9 @@
 #include "directory/frm_admin.h"
 
+#include "access/right_catalogue.h"
 #include "data/dbase.h"
 #include "data/session.h"
+#include "directory/frm_employee.h"
 #include "logon/frm_startup.h"
 #include "logon/logon_state.h"
 #include "logon/version_gate.h"
@@ -10,12 +12,19 @@
 #include "platform/ui.h"
 #include "settings/terminology.h"
 #include "util/artwork.h"
+#include "util/report_list.h"
 #include "util/twips.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
 #include <QLayout>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTabWidget>
 
 namespace {
@@ -82,6 +91,11 @@ void frmAdmin::buildMenus() {
     mnAbout = action(mnHelp, "mnAbout", "&About...");
 
     connect(mnExit, &QAction::triggered, this, [this] { close(); });
+    connect(mnNew, &QAction::triggered, this,
+            [this] { platform::runHandler([this] { cmdNew_Click(); }); });
+    connect(mnEdit, &QAction::triggered, this,
+            [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
+    connect(mnHelpTopics, &QAction::triggered, this, [this] { mnHelpTopics_Click(); });
 }
 
 void frmAdmin::buildTabs(QWidget* area) {
@@ -92,8 +106,87 @@ void frmAdmin::buildTabs(QWidget* area) {
                                 "User Fields", "Branches"}) {
         tabAdmin->addTab(new QWidget, QString::fromLatin1(caption));
     }
+    buildDirectoryList(lstEmployees, "lstEmployees", Employees, twipsRect(195, 765, 8235, 3705),
+                       {{"Employee", 3881},
+                        {"Logon", 2672},
+                        {"Access Level", 3122},
+                        {"Internal ID", 1746},
+                        {"Logged In", 1640},
+                        {"Level", 1323}});
+    buildDirectoryList(
+        lstWorkGroups, "lstWorkGroups", Workgroups, twipsRect(200, 400, 8235, 4065),
+        {{"Workgroup Name", 5292}, {"Number of Members", 5292}, {"Internal ID", 3528}});
+    buildDirectoryList(lstEquipment, "lstEquipment", Equipment, twipsRect(200, 400, 8235, 4065),
+                       {{"Equipment Description", 7937}, {"Internal ID", 2646}});
+    buildDirectoryList(lstBranches, "lstBranches", Branches, twipsRect(200, 400, 8235, 4065),
+                       {{"Branch Name", 5292}, {"Number of Members", 5292}, {"Internal ID", 3528}});
+    buildAccessLevelsPage(tabAdmin->widget(AccessLevels));
+    buildUserFieldsPage(tabAdmin->widget(UserFields));
     connect(tabAdmin, &QTabWidget::currentChanged, this,
             [this](int) { platform::runHandler([this] { tabAdmin_Click(0); }); });
+}
+
+void frmAdmin::buildDirectoryList(ReportList*& list, const QString& name, int tab, QRect geometry,
+                                  const std::vector<std::pair<QString, int>>& columns) {
+    list = new ReportList(name, tabAdmin->widget(tab));
+    // The page of this toolkit's tab strip is a little shorter than the original's.
+    geometry.setHeight(
+        std::min(geometry.height(), tabAdmin->widget(tab)->height() - geometry.top() - 6));
+    list->setGeometry(geometry);
+    list->setColumns(columns);
+    ReportList* self = list;
+    list->onColumnClick = [this, self](int column) { lstColumnClick(self, column); };
+    list->onDoubleClick = [this, self] {
+        platform::runHandler([this, self] { lstDblClick(self); });
+    };
+}
+
+void frmAdmin::buildAccessLevelsPage(QWidget* page) {
+    Label1[0] = new QLabel(QStringLiteral("Level"), page);
+    Label1[0]->setGeometry(10, 12, 40, 22);
+    cmbLevel = new QComboBox(page);
+    cmbLevel->setGeometry(52, 10, 200, 24);
+    Label1[1] = new QLabel(QStringLiteral("Name"), page);
+    Label1[1]->setGeometry(270, 12, 40, 22);
+    txtAccessLevel = new QLineEdit(page);
+    txtAccessLevel->setGeometry(312, 10, 200, 24);
+    txtAccessLevel->setMaxLength(25);
+    Frame1 = new QGroupBox(page);
+    Frame1->setGeometry(8, 42, 556, 236);
+    Label1[2] = new QLabel(QStringLiteral("Allow Access to..."), Frame1);
+    Label1[2]->setGeometry(10, 6, 200, 20);
+    lstAccessGroups = new QListWidget(Frame1);
+    lstAccessGroups->setGeometry(10, 28, 190, 198);
+    Label1[3] = new QLabel(QStringLiteral("Can Modify the Following..."), Frame1);
+    Label1[3]->setGeometry(210, 6, 300, 20);
+    lstAccess = new QListWidget(Frame1);
+    lstAccess->setGeometry(210, 28, 336, 198);
+    for (int i = 0; i < 4; ++i) {
+        Label1[i]->setObjectName(QStringLiteral("Label1(%1)").arg(i));
+    }
+    cmbLevel->setObjectName(QStringLiteral("cmbLevel"));
+    txtAccessLevel->setObjectName(QStringLiteral("txtAccessLevel"));
+    Frame1->setObjectName(QStringLiteral("Frame1"));
+    lstAccessGroups->setObjectName(QStringLiteral("lstAccessGroups"));
+    lstAccess->setObjectName(QStringLiteral("lstAccess"));
+}
+
+void frmAdmin::buildUserFieldsPage(QWidget* page) {
+    cmbUDF = new QComboBox(page);
+    cmbUDF->setObjectName(QStringLiteral("cmbUDF"));
+    cmbUDF->setGeometry(10, 10, 260, 24);
+    lstUDF = new ReportList(QStringLiteral("lstUDF"), page);
+    lstUDF->setGeometry(10, 42, 400, 236);
+    lstUDF->setColumns({{"User Field", 2400}, {"Description", 5000}, {"Class", 1500}});
+    Frame2 = new QGroupBox(QStringLiteral("Class"), page);
+    Frame2->setObjectName(QStringLiteral("Frame2"));
+    Frame2->setGeometry(420, 42, 144, 108);
+    const char* const captions[] = {"Class A", "Class B", "Class C (Personal)"};
+    for (int i = 0; i < 3; ++i) {
+        optClass[i] = new QRadioButton(QString::fromLatin1(captions[i]), Frame2);
+        optClass[i]->setObjectName(QStringLiteral("optClass(%1)").arg(i));
+        optClass[i]->setGeometry(10, 22 + 26 * i, 128, 22);
+    }
 }
 
 void frmAdmin::buildButtons(QWidget* area) {
@@ -104,6 +197,10 @@ void frmAdmin::buildButtons(QWidget* area) {
     cmdDelete = commandButton(area, "cmdDelete", "Delete", twipsRect(2820, 4890, 1245, 345),
                               artwork::deleteEntryIcon());
     cmdSave = commandButton(area, "cmdSave", "&Save Changes", twipsRect(6180, 4890, 2205, 375));
+    connect(cmdNew, &QPushButton::clicked, this,
+            [this] { platform::runHandler([this] { cmdNew_Click(); }); });
+    connect(cmdEdit, &QPushButton::clicked, this,
+            [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
     setTabOrder(cmdNew, cmdEdit);
     setTabOrder(cmdEdit, cmdDelete);
     setTabOrder(cmdDelete, cmdSave);
@@ -151,12 +248,170 @@ void frmAdmin::StartSession() {
 
 void frmAdmin::tabAdmin_Click(int) {
     const int tab = tabAdmin->currentIndex();
-    const bool directoryTab = tab != AccessLevels && tab != UserFields;
+    const std::optional<Directory> directory = directoryOfTab(tab);
+
     cmdSave->setVisible(tab == AccessLevels);
     for (QPushButton* button : {cmdNew, cmdEdit, cmdDelete}) {
-        button->setVisible(directoryTab);
+        button->setVisible(directory.has_value());
     }
-    mnActions->menuAction()->setVisible(directoryTab);
+    mnActions->menuAction()->setVisible(directory.has_value());
+
+    if (!bTabLoaded[tab]) {
+        if (directory) {
+            LoadUserlist(directory->type, *directory->cursor);
+        } else if (tab == AccessLevels) {
+            for (int i = 0; i <= 9; ++i) {
+                cmbLevel->addItem(gLevelNames(i));
+                cmbLevel->setCurrentIndex(0);  // only the first set changes anything
+            }
+        } else {
+            cmbUDF->addItem(QStringLiteral("Personal Contact User Fields"));
+            cmbUDF->addItem(gTermFinancial + " Contact User Fields");
+            cmbUDF->addItem(QStringLiteral("List User Fields"));
+            cmbUDF->addItem(gTermProject + " User Fields");
+            cmbUDF->addItem(QStringLiteral("Account User Fields"));
+            cmbUDF->setCurrentIndex(0);
+        }
+        bTabLoaded[tab] = true;
+    }
+
+    setEntryCommandsEnabled(directory && directory->list->rowCount() > 0);
+}
+
+std::optional<frmAdmin::Directory> frmAdmin::directoryOfTab(int tab) {
+    switch (tab) {
+        case Employees:
+            return Directory{0, lstEmployees, &rsEmployees};
+        case Workgroups:
+            return Directory{1, lstWorkGroups, &rsWorkgroups};
+        case Equipment:
+            return Directory{2, lstEquipment, &rsEquipment};
+        case Branches:  // the tab's index and the kind of entry differ on purpose
+            return Directory{3, lstBranches, &rsBranches};
+        default:
+            return std::nullopt;
+    }
+}
+
+frmAdmin::Directory frmAdmin::directoryOfType(qint16 type) {
+    static const int tabs[] = {Employees, Workgroups, Equipment, Branches};
+    return *directoryOfTab(tabs[type & 3]);
+}
+
+void frmAdmin::setEntryCommandsEnabled(bool enabled) {
+    cmdEdit->setEnabled(enabled);
+    cmdDelete->setEnabled(enabled);
+    mnEdit->setEnabled(enabled);
+    mnDelete->setEnabled(enabled);
+}
+
+void frmAdmin::LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs) {
+    ShowBusy();
+    rs = gDBase.OpenRecordset("SELECT * FROM users WHERE type = " + QString::number(nType) +
+                              " ORDER BY NAME");
+    ReportList* list = directoryOfType(nType).list;
+    list->removeAllRows();
+    if (rs->RecordCount() > 0) {
+        rs->MoveLast();
+        rs->MoveFirst();
+        while (!rs->Eof()) {
+            QString loggedIn;
+            if (nType == 0) {
+                // The table alone tells: a row left by a run that ended reads as logged in.
+                auto sessions = gDBase.OpenRecordset("SELECT id from rts where uid = " +
+                                                     rt::CStr(rs->Cols("id")));
+                loggedIn =
+                    sessions->RecordCount() > 0 ? QStringLiteral("Yes") : QStringLiteral("No");
+                sessions->CloseRS();
+            }
+            addEntryRow(list, nType, *rs, loggedIn);
+            rs->MoveNext();
+        }
+    }
+    // The commands need a selected row whenever the list has rows.
+    list->finishFill();
+    ShowIdle();
+}
+
+void frmAdmin::addEntryRow(ReportList* list, qint16 type, RecSet& rs, const QString& loggedIn) {
+    const int row = list->addRow(rt::CStr(rs.Cols("Name")), rt::CLng(rs.Cols("id")));
+    if (type == 0) {
+        static const char* const editions[] = {"ASD", "AGD", "AGP", "CSD"};
+        list->addCell(row, rt::CStr(rs.Cols("Logon")));
+        list->addCell(row, gLevelNames(rt::CInt(rs.Cols("accLevel")) - 1));
+        list->addCell(row, rt::CStr(rs.Cols("id")));
+        list->addCell(row, loggedIn);
+        const qint16 edition = rt::CInt(rs.Cols("fslevel"));
+        if (edition >= 0 && edition <= 3) {
+            list->addCell(row, QString::fromLatin1(editions[edition]));
+        }
+    } else if (type == 2) {
+        list->addCell(row, rt::CStr(rs.Cols("id")));
+    } else {
+        list->addCell(row, rt::CStr(rs.Cols("num")));
+        list->addCell(row, rt::CStr(rs.Cols("id")));
+    }
+}
+
+qint32 frmAdmin::selectedId(ReportList* list) const {
+    const std::optional<int> row = list->selectedRow();
+    if (!row) {
+        throw rt::Error::standard(rt::ObjectNotSet);
+    }
+    return rt::CLng(list->tag(*row).toInt());
+}
+
+void frmAdmin::lstColumnClick(ReportList* list, int column) {
+    nSortOrder = nSortOrder == 1 ? 0 : 1;
+    list->sortByColumn(column, nSortOrder);
+}
+
+void frmAdmin::lstDblClick(ReportList* list) {
+    // The row count alone decides: a double-click below the rows edits the selected one.
+    if (list->rowCount() > 0) {
+        cmdEdit_Click();
+    }
+}
+
+void frmAdmin::cmdNew_Click() {
+    ShowBusy();
+    const Directory directory = *directoryOfTab(tabAdmin->currentIndex());
+    RecSet& rs = **directory.cursor;
+    rs.AddNew();
+    rs.Cols("Type") = directory.type;
+    rs.Cols("accLevel") = qint16(1);
+    frmEmployee editor;
+    qint16 type = directory.type;
+    bool isNew = true;
+    editor.ShowForm(type, rs, isNew);
+    if (editor.bCanceled) {
+        rs.CancelUpdate();
+        return;
+    }
+    // The new row goes at the end, not into name order, until the list is filled again.
+    addEntryRow(directory.list, directory.type, rs, QStringLiteral("No"));
+    directory.list->selectRow(directory.list->rowCount() - 1);
+    setEntryCommandsEnabled(true);
+}
+
+void frmAdmin::cmdEdit_Click() {
+    ShowBusy();
+    const Directory directory = *directoryOfTab(tabAdmin->currentIndex());
+    RecSet& rs = **directory.cursor;
+    rs.MoveFirst();
+    QString search = "id = " + QString::number(selectedId(directory.list));
+    rs.FindRecord(search, QString(), rt::Variant(), QString(), rt::Variant());
+    frmEmployee editor;
+    qint16 type = directory.type;
+    bool isNew = false;
+    editor.ShowForm(type, rs, isNew);
+    if (!editor.bCanceled) {
+        LoadUserlist(directory.type, *directory.cursor);
+    }
+}
+
+void frmAdmin::mnHelpTopics_Click() {
+    platform::ui().showHelp(helpFile_);
 }
 
 void frmAdmin::closeEvent(QCloseEvent* event) {

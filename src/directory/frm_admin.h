@@ -7,13 +7,20 @@
 #include <memory>
 
 class QAction;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
 class QMenu;
 class QPushButton;
+class QRadioButton;
 class QTabWidget;
+class ReportList;
 
 // The console: the tab strip with the directory lists and the access level and user field pages,
-// the row of command buttons, and the menus. It starts the run on its first activation and ends
-// it when it closes.
+// the row of command buttons, and the menus. It holds an open cursor per kind of entry for the
+// whole run, starts the run on its first activation and ends it when it closes.
 class frmAdmin : public QMainWindow {
 public:
     enum Tab {
@@ -31,18 +38,46 @@ public:
     void StartSession();
     // An older, softer version test than the logon's; no step of the program calls it.
     bool VerifyDatabase(std::unique_ptr<RecSet>& rsOut);
+    // Fills the list of that kind of entry and puts a fresh cursor on its rows into `rs`.
+    void LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs);
 
     void Form_Activate();
     // Asks about unsaved access level changes, then ends the run.
     void Form_Unload();
     void tabAdmin_Click(int previousTab);
+    void cmdNew_Click();
+    void cmdEdit_Click();
+    void mnHelpTopics_Click();
+    // A click on a column head of a directory list; the order alternates across all lists.
+    void lstColumnClick(ReportList* list, int column);
+    void lstDblClick(ReportList* list);
 
     QString helpFile() const { return helpFile_; }
 
+    std::unique_ptr<RecSet> rsEmployees;
+    std::unique_ptr<RecSet> rsWorkgroups;
+    std::unique_ptr<RecSet> rsEquipment;
+    std::unique_ptr<RecSet> rsBranches;
+    bool bTabLoaded[6] = {};
     bool bStarted = false;
+    qint16 nSortOrder = 0;
     bool bLevelDirty = false;
 
     QTabWidget* tabAdmin;
+    ReportList* lstEmployees;
+    ReportList* lstWorkGroups;
+    ReportList* lstEquipment;
+    ReportList* lstBranches;
+    QLabel* Label1[4];
+    QComboBox* cmbLevel;
+    QLineEdit* txtAccessLevel;
+    QGroupBox* Frame1;
+    QListWidget* lstAccessGroups;
+    QListWidget* lstAccess;
+    QComboBox* cmbUDF;
+    ReportList* lstUDF;
+    QGroupBox* Frame2;
+    QRadioButton* optClass[3];
     QPushButton* cmdNew;
     QPushButton* cmdEdit;
     QPushButton* cmdDelete;
@@ -66,8 +101,27 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // What goes with a tab that lists entries.
+    struct Directory {
+        qint16 type;
+        ReportList* list;
+        std::unique_ptr<RecSet>* cursor;
+    };
+    // The directory of that tab, or of that users.type; nothing for the other two tabs.
+    std::optional<Directory> directoryOfTab(int tab);
+    Directory directoryOfType(qint16 type);
+    // Adds the list row of the record the cursor stands on.
+    void addEntryRow(ReportList* list, qint16 type, RecSet& rs, const QString& loggedIn);
+    // The id in the tag of the list's selected row.
+    qint32 selectedId(ReportList* list) const;
+    void setEntryCommandsEnabled(bool enabled);
+
     void buildMenus();
     void buildTabs(QWidget* area);
+    void buildDirectoryList(ReportList*& list, const QString& name, int tab, QRect geometry,
+                            const std::vector<std::pair<QString, int>>& columns);
+    void buildAccessLevelsPage(QWidget* page);
+    void buildUserFieldsPage(QWidget* page);
     void buildButtons(QWidget* area);
 
     QString helpFile_;

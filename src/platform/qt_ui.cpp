@@ -157,6 +157,13 @@ int QtUi::launch(const QString& file) {
     return QDesktopServices::openUrl(url) ? 42 : 31;
 }
 
+void QtUi::showHelp(const QString& file) {
+    if (!QFileInfo::exists(file) || launch(file) <= 32) {
+        QMessageBox::information(QApplication::activeWindow(), QStringLiteral("Help"),
+                                 QStringLiteral("The help file %1 cannot be found.").arg(file));
+    }
+}
+
 void QtUi::endRun() {
     // The run ends at once, as the program's End statement does: no window is unloaded and the
     // database is left to the engine, whose every statement is already committed.

@@ -13,6 +13,7 @@ public:
     void doEvents() override;
     std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
     int launch(const QString& file) override;
+    void showHelp(const QString& file) override;
     [[noreturn]] void endRun() override;
 
 private:

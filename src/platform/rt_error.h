@@ -17,6 +17,7 @@ enum ErrorNumber {
     FileNotFound = 53,
     PathNotFound = 76,
     ObjectNotSet = 91,
+    InvalidPropertyValue = 380,
     InvalidUseOfNull = 94,
 };
 

@@ -58,6 +58,10 @@ int ScriptedUi::launch(const QString& file) {
     return result;
 }
 
+void ScriptedUi::showHelp(const QString& file) {
+    helpShown.push_back(file);
+}
+
 void ScriptedUi::endRun() {
     ended = true;
     throw RunEnded{};

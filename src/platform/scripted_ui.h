@@ -37,6 +37,7 @@ public:
     std::vector<QString> modalWindows;  // objectName of each window shown modally
     std::vector<FileDialogRequest> fileDialogs;
     std::vector<QString> launched;
+    std::vector<QString> helpShown;
     bool busy = false;
     int busyChanges = 0;
     int eventRuns = 0;
@@ -48,6 +49,7 @@ public:
     void doEvents() override;
     std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
     int launch(const QString& file) override;
+    void showHelp(const QString& file) override;
     [[noreturn]] void endRun() override;
 
     // The texts of all messages shown so far.

@@ -74,6 +74,8 @@ public:
     // Opens a file or link with its application: above 32 on success, else a failure code
     // (2 file not found, 31 no association ...).
     virtual int launch(const QString& file) = 0;
+    // Opens the help file on its index.
+    virtual void showHelp(const QString& file) = 0;
     [[noreturn]] virtual void endRun() = 0;
 };
 

@@ -11,3 +11,8 @@ inline int twipsToPixels(int twips) {
 inline int pixelsToTwips(int pixels) {
     return pixels * kTwipsPerPixel;
 }
+
+// List column widths are kept in hundredths of a millimetre.
+inline int hundredthsOfMmToPixels(int hundredths) {
+    return int(std::lround(hundredths * 96.0 / 2540.0));
+}

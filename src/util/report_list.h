@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QTreeWidget>
+
+#include <optional>
+
+// A list of rows in columns, as the console's lists are: each row has a text, cells behind it in
+// column order, and a tag that leads back to its record. A click on a column head is the
+// caller's to handle; once the list has been sorted it stays sorted by that column and order
+// whenever it is filled again, while a row added later goes at the end.
+class ReportList : public QTreeWidget {
+public:
+    ReportList(const QString& name, QWidget* parent = nullptr);
+
+    // Columns by caption and width in hundredths of a millimetre.
+    void setColumns(const std::vector<std::pair<QString, int>>& columns);
+
+    // Adds a row at the end with its text and tag; gives its index.
+    int addRow(const QString& text, const QVariant& tag);
+    // Appends a cell to the row, behind the ones it has.
+    void addCell(int row, const QString& text);
+    int cellCount(int row) const;
+    QString cell(int row, int column) const;
+    void setCell(int row, int column, const QString& text);
+    QVariant tag(int row) const;
+    int rowCount() const { return topLevelItemCount(); }
+    void selectRow(int row);
+    // The selected row, or nothing when none is.
+    std::optional<int> selectedRow() const;
+    void removeRow(int row);
+    void removeAllRows();
+
+    // Sorts by that column, as text, ascending (0) or descending (1), and keeps doing so after
+    // each fill.
+    void sortByColumn(int column, int order);
+    bool isSorted() const { return sortColumn_ >= 0; }
+    // After a fill: the kept sort, then the first row selected.
+    void finishFill();
+
+    // Where the lists read a double-click: anywhere in them, rows or not.
+    std::function<void()> onDoubleClick;
+    std::function<void(int column)> onColumnClick;
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    int sortColumn_ = -1;
+    int sortOrder_ = 0;
+};
