@@ -11,6 +11,11 @@
 #include <functional>
 #include <memory>
 
+// Failures print texts as texts.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
 namespace testing_support {
 
 // The number of the run-time failure the action raises, 0 when it raises none.

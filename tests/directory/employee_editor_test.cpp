@@ -1,0 +1,265 @@
+// The entry editor: its face per kind of entry, its lists, and the validation in its order with
+// each message, title and focus.
+
+#include "access/right_catalogue.h"
+#include "data/dbase.h"
+#include "data/session.h"
+#include "directory/frm_employee.h"
+#include "fixtures.h"
+#include "platform/convert.h"
+#include "util/twips.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+
+namespace {
+
+class EditorTest : public testing_support::SessionTest {
+protected:
+    void SetUp() override {
+        SessionTest::SetUp();
+        for (int i = 0; i <= 9; ++i) {
+            gLevelNames(i) = "Level " + QString::number(i + 1);
+        }
+        gUsers(0).id = admin = testing_support::addEntry("Ann Admin", 0, "admin", "pw", 10, 0);
+        bob = testing_support::addEntry("Bob", 0, "bob", "pw", 3, 1);
+        carl = testing_support::addEntry("Carl", 0, "carl", "pw", 3, 0);
+        team = testing_support::addEntry("Team", 1);
+        execute(
+            QString("INSERT INTO extaccess (userid, extid) VALUES (%1, %2)").arg(team).arg(carl));
+    }
+    std::unique_ptr<RecSet> cursorOn(qint32 id) {
+        auto rs = open("SELECT * FROM users WHERE id = " + QString::number(id));
+        rs->MoveFirst();
+        return rs;
+    }
+    // Opens the editor on the row and runs the user's part in it.
+    void edit(qint32 id, qint16 type, const std::function<void(frmEmployee&)>& script) {
+        auto rs = cursorOn(id);
+        frmEmployee editor;
+        ui.modalScripts.push_back([&](QWidget*) { script(editor); });
+        bool isNew = false;
+        editor.ShowForm(type, *rs, isNew);
+    }
+    QStringList checklist(const QListWidget* list) const {
+        QStringList items;
+        for (int i = 0; i < list->count(); ++i) {
+            items << (list->item(i)->checkState() == Qt::Checked ? "[x] " : "[ ] ") +
+                         list->item(i)->text();
+        }
+        return items;
+    }
+
+public:
+    qint32 admin = 0, bob = 0, carl = 0, team = 0;
+};
+
+TEST_F(EditorTest, ValidationStopsAtTheFirstFailureInItsOrder) {
+    const struct {
+        const char* what;
+        qint32 EditorTest::*entry;
+        qint16 type;
+        const char* name;
+        const char* logon;
+        int edition;
+        int level;
+        const char* message;
+        const char* title;
+        const char* focus;
+    } cases[] = {
+        {"no name", &EditorTest::bob, 0, "", "", -1, 2, "You must enter a name.", "", "txtName"},
+        {"no name, any kind", &EditorTest::team, 1, "", "", -1, 0, "You must enter a name.", "",
+         "txtName"},
+        {"no logon", &EditorTest::bob, 0, "Bob", "", -1, 2, "You must enter a logon.", "",
+         "txtLogon"},
+        {"the edition before the quote", &EditorTest::bob, 0, "Bob", "o'b", -1, 2,
+         "You must select a Lattimer Series level for this employee.", "Level", "cmbLevel"},
+        {"a quote", &EditorTest::bob, 0, "Bob", "o'b", 1, 2, "Invalid logon character.", "Logon",
+         "txtLogon"},
+        {"a double quote", &EditorTest::bob, 0, "Bob", "o\"b", 1, 2, "Invalid logon character.",
+         "Logon", "txtLogon"},
+        {"yourself away from the administrator level", &EditorTest::admin, 0, "Ann", "admin", 0, 8,
+         "You cannot change yourself to a level other than administrator.  Logon as a different "
+         "administrator "
+         "to change your access level.",
+         "", nullptr},
+        {"a logon taken, in another case", &EditorTest::bob, 0, "Bob", "CARL", 1, 2,
+         "Logon name already exists.  Logon must be unique.", "", nullptr},
+        {"the filler of the other kinds", &EditorTest::bob, 0, "Bob", "zq", 1, 2,
+         "Logon name already exists.  Logon must be unique.", "", nullptr},
+    };
+    for (const auto& c : cases) {
+        ui.messages.clear();
+        bool refused = false;
+        QString focus;
+        edit(this->*c.entry, c.type, [&](frmEmployee& editor) {
+            editor.txtName->setText(c.name);
+            editor.txtLogon->setText(c.logon);
+            editor.cmbLevel->setCurrentIndex(c.edition);
+            editor.cmbAccess->setCurrentIndex(c.level);
+            editor.txtPassword->setFocus();
+            refused = editor.SaveIt();
+            focus = editor.focusWidget() ? editor.focusWidget()->objectName() : QString();
+        });
+        EXPECT_TRUE(refused) << c.what;
+        ASSERT_EQ(ui.messages.size(), 1u) << c.what;
+        EXPECT_EQ(ui.messages[0].text, c.message) << c.what;
+        EXPECT_EQ(ui.messages[0].title,
+                  *c.title ? QString(c.title) : QString("Orvane Administration"))
+            << c.what;
+        EXPECT_EQ(focus, c.focus ? QString(c.focus) : QString("txtPassword")) << c.what;
+    }
+    EXPECT_EQ(count("users", "Name = '' OR Logon LIKE '%''%'"), 0);
+}
+
+TEST_F(EditorTest, WhatPassesAndWhatIsWritten) {
+    edit(bob, 0, [](frmEmployee& editor) {
+        editor.txtName->setText("   ");  // blanks pass and are stored trimmed
+        editor.txtLogon->setText(" bob2 ");
+        editor.txtPassword->setText(" secret ");
+        editor.cmbLevel->setCurrentIndex(3);
+        editor.cmbAccess->setCurrentIndex(4);
+        editor.lstExtended->item(1)->setCheckState(Qt::Checked);
+        editor.cmdOK->click();
+    });
+    EXPECT_EQ(count("users",
+                    QString("id = %1 AND Name = '' AND Logon = 'bob2' AND Password = 'secret' AND "
+                            "fslevel = 3 AND accLevel = 5 AND num = 1")
+                        .arg(bob)),
+              1);
+    EXPECT_EQ(count("extaccess", QString("userid = %1").arg(bob)), 1);
+
+    edit(team, 1, [](frmEmployee& editor) {  // no logon checks for the other kinds
+        editor.txtName->setText("Team B");
+        editor.lstExtended->item(0)->setCheckState(Qt::Unchecked);
+        editor.lstExtended->item(1)->setCheckState(Qt::Checked);
+        editor.lstExtended->item(2)->setCheckState(Qt::Checked);
+        EXPECT_FALSE(editor.SaveIt());
+    });
+    EXPECT_EQ(
+        count(
+            "users",
+            QString("id = %1 AND Logon = 'zq' AND Password = 'zq' AND fslevel = 0 AND num = 2 AND "
+                    "accLevel = 1")
+                .arg(team)),
+        1);
+    EXPECT_EQ(count("extaccess", QString("userid = %1 AND extid <> %2").arg(team).arg(carl)), 2);
+    EXPECT_EQ(count("extaccess", QString("userid = %1 AND extid = %2").arg(team).arg(carl)), 0);
+}
+
+TEST_F(EditorTest, TheFaceOfEachKindOfEntry) {
+    const struct {
+        qint32 EditorTest::*entry;
+        qint16 type;
+        const char* caption;
+        int help;
+        const char* frame;
+    } cases[] = {
+        {&EditorTest::bob, 0, "Edit Employee", 169, "Extend Access to these Employees"},
+        {&EditorTest::team, 1, "Edit Workgroup", 171, "Workgroup Members"},
+        {&EditorTest::team, 2, "Edit Equipment", 172, "Users Who Can Access this Equipment"},
+        {&EditorTest::team, 3, "Edit Branch", 0, "Branch Members"},
+    };
+    for (const auto& c : cases) {
+        edit(this->*c.entry, c.type, [&](frmEmployee& editor) {
+            EXPECT_EQ(editor.windowTitle(), c.caption);
+            EXPECT_EQ(editor.HelpContextID, c.help);
+            EXPECT_EQ(editor.Frame3->title(), c.frame);
+            for (QWidget* w : std::initializer_list<QWidget*>{
+                     editor.lbl1, editor.lbl2, editor.lbl3, editor.cmbAccess, editor.txtLogon,
+                     editor.txtPassword, editor.cmbLevel, editor.lblLevel}) {
+                EXPECT_EQ(w->isVisibleTo(&editor), c.type == 0)
+                    << c.caption << " " << w->objectName().toStdString();
+            }
+            EXPECT_FALSE(editor.chkBranchManager->isVisibleTo(&editor));
+            EXPECT_FALSE(editor.chkSupervision->isVisibleTo(&editor));
+            EXPECT_FALSE(editor.frameBranches->isVisibleTo(&editor));
+        });
+    }
+}
+
+TEST_F(EditorTest, TheListsTickedFirstEachInNameOrder) {
+    edit(team, 1, [&](frmEmployee& editor) {
+        EXPECT_EQ(checklist(editor.lstExtended),
+                  QStringList({"[x] Carl", "[ ] Ann Admin", "[ ] Bob", "[ ] New User"}));
+        EXPECT_EQ(editor.lstExtended->item(0)->data(Qt::UserRole).toInt(), carl);
+    });
+    execute(QString("INSERT INTO extaccess (userid, extid) VALUES (%1, %1)")
+                .arg(bob));  // itself, ticked
+    edit(bob, 0, [&](frmEmployee& editor) {
+        EXPECT_EQ(checklist(editor.lstExtended),
+                  QStringList({"[x] Bob", "[ ] Ann Admin", "[ ] Carl", "[ ] New User"}));
+        EXPECT_EQ(editor.txtName->text(), "Bob");
+        EXPECT_EQ(editor.cmbAccess->currentIndex(), 2);
+        EXPECT_EQ(editor.cmbLevel->currentIndex(), 1);
+        EXPECT_EQ(editor.cmbLevel->itemText(3), "Counsel Desk");
+        const qint32 branch = testing_support::addEntry("Harbor Branch", 3);
+        execute(
+            QString("INSERT INTO extaccess (userid, extid) VALUES (%1, %2)").arg(bob).arg(branch));
+        testing_support::addEntry("Other Branch", 3);
+        editor.FillBranches();
+        EXPECT_EQ(checklist(editor.lstBranches),
+                  QStringList({"[x] Harbor Branch", "[ ] Other Branch"}));
+    });
+}
+
+TEST_F(EditorTest, AnEditionOutsideTheFourLeavesItsListEmpty) {
+    execute(QString("UPDATE users SET fslevel = 7 WHERE id = %1").arg(bob));
+    edit(bob, 0, [](frmEmployee& editor) {
+        EXPECT_EQ(editor.cmbLevel->currentIndex(), -1);
+        EXPECT_TRUE(editor.SaveIt());
+    });
+    EXPECT_EQ(ui.texts(),
+              std::vector<QString>{"You must select a Lattimer Series level for this employee."});
+}
+
+TEST_F(EditorTest, ALevelOutsideTheTenFailsWhenTheListIsSet) {
+    execute(QString("UPDATE users SET accLevel = 11 WHERE id = %1").arg(bob));
+    try {
+        edit(bob, 0, [](frmEmployee&) {});
+        FAIL();
+    } catch (const rt::Error& e) {
+        EXPECT_EQ(e.number(), rt::InvalidPropertyValue);
+    }
+}
+
+TEST_F(EditorTest, TheWindowAsDesigned) {
+    frmEmployee editor;
+    EXPECT_EQ(editor.txtName->maxLength(), 50);
+    EXPECT_EQ(editor.txtLogon->maxLength(), 8);
+    EXPECT_EQ(editor.txtPassword->echoMode(), QLineEdit::Normal);  // the password shows as typed
+    EXPECT_EQ(editor.cmbAccess->count(), 10);
+    EXPECT_EQ(editor.cmbAccess->itemText(9), "Level 10");
+    EXPECT_EQ(editor.Frame1->title(), "Information");
+    EXPECT_EQ(editor.lblLevel->text(), "Employee is using Lattimer Series level");
+    EXPECT_TRUE(editor.cmdOK->isDefault());
+    EXPECT_TRUE(editor.bCanceled);
+    QStringList order;
+    QWidget* w = editor.txtName;
+    for (int i = 0; i < 11; ++i) {
+        order << w->objectName();
+        w = w->nextInFocusChain();
+        while (w->focusPolicy() == Qt::NoFocus || w->objectName().isEmpty() ||
+               w->objectName().startsWith("qt_")) {
+            w = w->nextInFocusChain();
+        }
+    }
+    EXPECT_EQ(order.mid(0, 7), QStringList({"txtName", "cmbAccess", "txtLogon", "txtPassword",
+                                            "lstExtended", "cmdOK", "cmdCancel"}));
+    editor.chkBranchManager->setChecked(true);
+    editor.chkBranchManager_Click();
+    EXPECT_EQ(editor.Frame3->height(), twipsToPixels(1695));
+    EXPECT_EQ(editor.lstExtended->height(), twipsToPixels(1185));
+    EXPECT_TRUE(editor.frameBranches->isVisibleTo(&editor));
+    editor.chkBranchManager->setChecked(false);
+    editor.chkBranchManager_Click();
+    EXPECT_EQ(editor.Frame3->height(), twipsToPixels(2895));
+    EXPECT_FALSE(editor.frameBranches->isVisibleTo(&editor));
+}
+
+}  // namespace
