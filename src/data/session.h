@@ -22,5 +22,9 @@ extern rt::Variant gLogonTime;  // the lt of this session's rts row; Empty while
 extern bool gWatchdogOff;
 
 // Runs after every open of a cursor, so that a running program notices when its session row
-// was taken away.
+// was taken away or replaced: one look at rts every 51 opens, and from then on a message at every
+// open. It counts every open of the run in 16 bits, also while the check is off, so the run's
+// 32768th open fails with an overflow.
 void SessionCheck();
+// The check's counter and finding as at the start of a run.
+void ResetSessionCheck();

@@ -3,6 +3,7 @@
 #include "access/right_catalogue.h"
 #include "data/dbase.h"
 #include "data/session.h"
+#include "directory/frm_delete_employee.h"
 #include "directory/frm_employee.h"
 #include "logon/frm_startup.h"
 #include "logon/logon_state.h"
@@ -95,6 +96,12 @@ void frmAdmin::buildMenus() {
             [this] { platform::runHandler([this] { cmdNew_Click(); }); });
     connect(mnEdit, &QAction::triggered, this,
             [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
+    connect(mnDelete, &QAction::triggered, this,
+            [this] { platform::runHandler([this] { cmdDelete_Click(); }); });
+    connect(mnLogOff, &QAction::triggered, this,
+            [this] { platform::runHandler([this] { mnLogOff_Click(); }); });
+    connect(mnClearRTS, &QAction::triggered, this,
+            [this] { platform::runHandler([this] { mnClearRTS_Click(); }); });
     connect(mnHelpTopics, &QAction::triggered, this, [this] { mnHelpTopics_Click(); });
 }
 
@@ -201,6 +208,8 @@ void frmAdmin::buildButtons(QWidget* area) {
             [this] { platform::runHandler([this] { cmdNew_Click(); }); });
     connect(cmdEdit, &QPushButton::clicked, this,
             [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
+    connect(cmdDelete, &QPushButton::clicked, this,
+            [this] { platform::runHandler([this] { cmdDelete_Click(); }); });
     setTabOrder(cmdNew, cmdEdit);
     setTabOrder(cmdEdit, cmdDelete);
     setTabOrder(cmdDelete, cmdSave);
@@ -394,13 +403,21 @@ void frmAdmin::cmdNew_Click() {
     setEntryCommandsEnabled(true);
 }
 
+qint32 frmAdmin::findSelected(const Directory& directory) {
+    const qint32 id = selectedId(directory.list);
+    QString search = "id = " + QString::number(id);
+    // What the search found is not looked at: a record another program removed leaves the
+    // cursor where it stands.
+    (*directory.cursor)->FindRecord(search, QString(), rt::Variant(), QString(), rt::Variant());
+    return id;
+}
+
 void frmAdmin::cmdEdit_Click() {
     ShowBusy();
     const Directory directory = *directoryOfTab(tabAdmin->currentIndex());
     RecSet& rs = **directory.cursor;
     rs.MoveFirst();
-    QString search = "id = " + QString::number(selectedId(directory.list));
-    rs.FindRecord(search, QString(), rt::Variant(), QString(), rt::Variant());
+    findSelected(directory);
     frmEmployee editor;
     qint16 type = directory.type;
     bool isNew = false;
@@ -408,6 +425,94 @@ void frmAdmin::cmdEdit_Click() {
     if (!editor.bCanceled) {
         LoadUserlist(directory.type, *directory.cursor);
     }
+}
+
+void frmAdmin::cmdDelete_Click() {
+    const std::optional<Directory> directory = directoryOfTab(tabAdmin->currentIndex());
+    if (!directory) {
+        return;
+    }
+    if (directory->type == 0) {
+        deleteEmployee(*directory);
+        return;
+    }
+    const QString id = QString::number(findSelected(*directory));
+    const int question = platform::Msg::YesNo | platform::Msg::DefaultButton2;
+    // The kinds differ on purpose: equipment clears extaccess by extid, a branch clears no
+    // planner items, and a branch's watch rows go before the question is even asked.
+    if (directory->type == 3) {
+        gDBase.Execute("DELETE from watch_branch WHERE branchid = " + id);
+        if (ShowMsg(QStringLiteral("Are you sure you want to delete this branch?"), question) !=
+            platform::Msg::Yes) {
+            return;
+        }
+        gDBase.Execute("DELETE FROM extaccess WHERE userid = " + id);
+    } else {
+        const QString kind =
+            directory->type == 1 ? QStringLiteral("workgroup") : QStringLiteral("equipment");
+        if (ShowMsg("Are you sure you want to delete this " + kind +
+                        " and any planner items associated with it?",
+                    question) != platform::Msg::Yes) {
+            return;
+        }
+        const QString links = directory->type == 1
+                                  ? QStringLiteral("DELETE FROM extaccess WHERE userid = ")
+                                  : QStringLiteral("DELETE FROM extaccess WHERE extid = ");
+        gDBase.Execute(links + id);
+        gDBase.Execute("DELETE FROM reminder WHERE userid = " + id);
+    }
+    (*directory->cursor)->Delete();
+    removeSelectedRow(*directory);
+}
+
+void frmAdmin::deleteEmployee(const Directory& directory) {
+    const qint32 id = findSelected(directory);
+    if (id == gUsers(0).id) {
+        ShowMsg(
+            QStringLiteral("You cannot delete yourself from the employees list.  Logon as a "
+                           "different administrator to remove yourself."));
+        return;
+    }
+    frmDeleteEmployee deletion(lstEmployees);
+    deletion.id = id;
+    deletion.ShowModal();
+    // The row went by its own statement; the cursor isn't told of it.
+    if (!deletion.bCanceled) {
+        removeSelectedRow(directory);
+    }
+}
+
+void frmAdmin::removeSelectedRow(const Directory& directory) {
+    directory.list->removeRow(*directory.list->selectedRow());
+    if (directory.list->rowCount() == 0) {
+        setEntryCommandsEnabled(false);
+    }
+}
+
+void frmAdmin::mnLogOff_Click() {
+    rsEmployees->MoveFirst();
+    const qint32 id = findSelected(*directoryOfTab(Employees));
+    const QString name = rt::CStr(rsEmployees->Cols("Name"));
+    if (ShowMsg("This will invalidate any current working sessions of the Lattimer Series for " +
+                    name + ".  " + "\r\n" + "Are you SURE you want to continue?",
+                platform::Msg::YesNo) == platform::Msg::No) {
+        return;
+    }
+    gDBase.Execute("DELETE FROM rts WHERE uid = " + QString::number(id));
+    // Only the cell changes; no query confirms it.
+    lstEmployees->setCell(*lstEmployees->selectedRow(), 4, QStringLiteral("No"));
+}
+
+void frmAdmin::mnClearRTS_Click() {
+    if (ShowMsg(QStringLiteral(
+                    "This will invalidate any current working sessions of the Lattimer Series.  "
+                    "Anyone currently using the system will be disconnected.") +
+                    "\r\n" + "Are you SURE you want to continue?",
+                platform::Msg::YesNo) == platform::Msg::No) {
+        return;
+    }
+    gDBase.Execute(QStringLiteral("DELETE FROM rts"));
+    LoadUserlist(0, rsEmployees);
 }
 
 void frmAdmin::mnHelpTopics_Click() {

@@ -47,6 +47,10 @@ public:
     void tabAdmin_Click(int previousTab);
     void cmdNew_Click();
     void cmdEdit_Click();
+    void cmdDelete_Click();
+    // Ends the sessions of the employee selected on the employee list, whichever tab is shown.
+    void mnLogOff_Click();
+    void mnClearRTS_Click();
     void mnHelpTopics_Click();
     // A click on a column head of a directory list; the order alternates across all lists.
     void lstColumnClick(ReportList* list, int column);
@@ -114,6 +118,11 @@ private:
     void addEntryRow(ReportList* list, qint16 type, RecSet& rs, const QString& loggedIn);
     // The id in the tag of the list's selected row.
     qint32 selectedId(ReportList* list) const;
+    // Finds the record of the list's selected row on its cursor; gives its id.
+    qint32 findSelected(const Directory& directory);
+    void deleteEmployee(const Directory& directory);
+    // Removes the selected row after its record went; an emptied list disables its commands.
+    void removeSelectedRow(const Directory& directory);
     void setEntryCommandsEnabled(bool enabled);
 
     void buildMenus();

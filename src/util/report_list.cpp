@@ -95,6 +95,11 @@ std::optional<int> ReportList::selectedRow() const {
 
 void ReportList::removeRow(int row) {
     delete takeTopLevelItem(row);
+    // Which row is selected next is the list's own choice; the commands rely on there being one.
+    if (rowCount() > 0 && !selectedRow()) {
+        selectRow(currentItem() ? indexOfTopLevelItem(currentItem())
+                                : std::min(row, rowCount() - 1));
+    }
 }
 
 void ReportList::removeAllRows() {
