@@ -15,6 +15,7 @@
 #include "util/artwork.h"
 #include "util/report_list.h"
 #include "util/twips.h"
+#include "util/widgets.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -149,50 +150,30 @@ void frmAdmin::buildDirectoryList(ReportList*& list, const QString& name, int ta
 }
 
 void frmAdmin::buildAccessLevelsPage(QWidget* page) {
-    Label1[0] = new QLabel(QStringLiteral("Level"), page);
-    Label1[0]->setGeometry(10, 12, 40, 22);
-    cmbLevel = new QComboBox(page);
-    cmbLevel->setGeometry(52, 10, 200, 24);
-    Label1[1] = new QLabel(QStringLiteral("Name"), page);
-    Label1[1]->setGeometry(270, 12, 40, 22);
-    txtAccessLevel = new QLineEdit(page);
-    txtAccessLevel->setGeometry(312, 10, 200, 24);
+    Label1[0] = place<QLabel>(page, "Label1(0)", QRect(10, 12, 40, 22), "Level");
+    cmbLevel = place<QComboBox>(page, "cmbLevel", QRect(52, 10, 200, 24));
+    Label1[1] = place<QLabel>(page, "Label1(1)", QRect(270, 12, 40, 22), "Name");
+    txtAccessLevel = place<QLineEdit>(page, "txtAccessLevel", QRect(312, 10, 200, 24));
     txtAccessLevel->setMaxLength(25);
-    Frame1 = new QGroupBox(page);
-    Frame1->setGeometry(8, 42, 556, 236);
-    Label1[2] = new QLabel(QStringLiteral("Allow Access to..."), Frame1);
-    Label1[2]->setGeometry(10, 6, 200, 20);
-    lstAccessGroups = new QListWidget(Frame1);
-    lstAccessGroups->setGeometry(10, 28, 190, 198);
-    Label1[3] = new QLabel(QStringLiteral("Can Modify the Following..."), Frame1);
-    Label1[3]->setGeometry(210, 6, 300, 20);
-    lstAccess = new QListWidget(Frame1);
-    lstAccess->setGeometry(210, 28, 336, 198);
-    for (int i = 0; i < 4; ++i) {
-        Label1[i]->setObjectName(QStringLiteral("Label1(%1)").arg(i));
-    }
-    cmbLevel->setObjectName(QStringLiteral("cmbLevel"));
-    txtAccessLevel->setObjectName(QStringLiteral("txtAccessLevel"));
-    Frame1->setObjectName(QStringLiteral("Frame1"));
-    lstAccessGroups->setObjectName(QStringLiteral("lstAccessGroups"));
-    lstAccess->setObjectName(QStringLiteral("lstAccess"));
+    Frame1 = place<QGroupBox>(page, "Frame1", QRect(8, 42, 556, 236));
+    Label1[2] = place<QLabel>(Frame1, "Label1(2)", QRect(10, 6, 200, 20), "Allow Access to...");
+    lstAccessGroups = place<QListWidget>(Frame1, "lstAccessGroups", QRect(10, 28, 190, 198));
+    Label1[3] =
+        place<QLabel>(Frame1, "Label1(3)", QRect(210, 6, 300, 20), "Can Modify the Following...");
+    lstAccess = place<QListWidget>(Frame1, "lstAccess", QRect(210, 28, 336, 198));
 }
 
 void frmAdmin::buildUserFieldsPage(QWidget* page) {
-    cmbUDF = new QComboBox(page);
-    cmbUDF->setObjectName(QStringLiteral("cmbUDF"));
-    cmbUDF->setGeometry(10, 10, 260, 24);
+    cmbUDF = place<QComboBox>(page, "cmbUDF", QRect(10, 10, 260, 24));
     lstUDF = new ReportList(QStringLiteral("lstUDF"), page);
     lstUDF->setGeometry(10, 42, 400, 236);
     lstUDF->setColumns({{"User Field", 2400}, {"Description", 5000}, {"Class", 1500}});
-    Frame2 = new QGroupBox(QStringLiteral("Class"), page);
-    Frame2->setObjectName(QStringLiteral("Frame2"));
-    Frame2->setGeometry(420, 42, 144, 108);
+    Frame2 = place<QGroupBox>(page, "Frame2", QRect(420, 42, 144, 108), "Class");
     const char* const captions[] = {"Class A", "Class B", "Class C (Personal)"};
     for (int i = 0; i < 3; ++i) {
-        optClass[i] = new QRadioButton(QString::fromLatin1(captions[i]), Frame2);
-        optClass[i]->setObjectName(QStringLiteral("optClass(%1)").arg(i));
-        optClass[i]->setGeometry(10, 22 + 26 * i, 128, 22);
+        optClass[i] =
+            place<QRadioButton>(Frame2, QStringLiteral("optClass(%1)").arg(i),
+                                QRect(10, 22 + 26 * i, 128, 22), QString::fromLatin1(captions[i]));
     }
 }
 

@@ -8,6 +8,7 @@
 #include "platform/convert.h"
 #include "platform/ui.h"
 #include "util/report_list.h"
+#include "util/widgets.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -16,18 +17,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-
-namespace {
-
-template <typename Widget, typename... Args>
-Widget* place(QWidget* parent, const QString& name, QRect geometry, Args&&... args) {
-    auto* widget = new Widget(std::forward<Args>(args)..., parent);
-    widget->setObjectName(name);
-    widget->setGeometry(geometry);
-    return widget;
-}
-
-}  // namespace
 
 frmDeleteEmployee::frmDeleteEmployee(ReportList* employees, QWidget* parent)
     : QDialog(parent), employees_(employees) {

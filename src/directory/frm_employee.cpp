@@ -8,6 +8,7 @@
 #include "platform/ui.h"
 #include "util/twips.h"
 #include "util/value_helpers.h"
+#include "util/widgets.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,14 +25,6 @@ constexpr int kFrame3Height = 2895;              // twips, the members' frame al
 constexpr int kFrame3HeightWithBranches = 1695;  // twips, sharing the space with the branches
 constexpr int kExtendedHeight = 2310;
 constexpr int kExtendedHeightWithBranches = 1185;
-
-template <typename Widget, typename... Args>
-Widget* place(QWidget* parent, const QString& name, QRect geometry, Args&&... args) {
-    auto* widget = new Widget(std::forward<Args>(args)..., parent);
-    widget->setObjectName(name);
-    widget->setGeometry(geometry);
-    return widget;
-}
 
 const char* const kEditions[] = {"Associate Desk", "Agent Desk", "Agent Desk Plus", "Counsel Desk"};
 
@@ -97,7 +90,7 @@ void frmEmployee::buildControls() {
         setTabOrder(order[i], order[i + 1]);
     }
     for (QLineEdit* box : {txtName, txtLogon, txtPassword}) {
-        box->installEventFilter(this);
+        SelectAllOnFocus(box);
     }
     connect(cmdOK, &QPushButton::clicked, this,
             [this] { platform::runHandler([this] { cmdOK_Click(); }); });
@@ -108,13 +101,6 @@ void frmEmployee::buildControls() {
 void frmEmployee::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     ShowIdle();
-}
-
-bool frmEmployee::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) {
-        SelectAllText(static_cast<QLineEdit*>(watched));
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void frmEmployee::ShowForm(qint16& nTypeIn, RecSet& rsIn, bool& bIsNew) {

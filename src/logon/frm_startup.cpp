@@ -7,6 +7,7 @@
 #include "util/product.h"
 #include "util/twips.h"
 #include "util/value_helpers.h"
+#include "util/widgets.h"
 
 #include <QCheckBox>
 #include <QEvent>
@@ -34,14 +35,6 @@ public:
         return QProxyStyle::styleHint(hint, option, widget, data);
     }
 };
-
-template <typename Widget, typename... Args>
-Widget* place(QWidget* parent, const QString& name, QRect geometry, Args&&... args) {
-    auto* widget = new Widget(std::forward<Args>(args)..., parent);
-    widget->setObjectName(name);
-    widget->setGeometry(geometry);
-    return widget;
-}
 
 QLineEdit* textBox(QWidget* parent, const QString& name, QRect geometry, int maxLength) {
     auto* box = place<QLineEdit>(parent, name, geometry);
@@ -99,7 +92,7 @@ void frmStartUp::buildControls() {
     txtSQLDB = textBox(frameDT, "txtSQLDB", QRect(254, 39, 104, 20), 255);
 
     for (QLineEdit* box : {txtLogon, txtPassword}) {
-        box->installEventFilter(this);
+        SelectAllOnFocus(box);
     }
     connect(cmdOK, &QPushButton::clicked, this,
             [this] { platform::runHandler([this] { cmdOK_Click(); }); });
@@ -172,13 +165,6 @@ void frmStartUp::Form_Activate() {
 void frmStartUp::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     Form_Activate();
-}
-
-bool frmStartUp::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) {
-        SelectAllText(static_cast<QLineEdit*>(watched));
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void frmStartUp::cmdDatabases_Click() {
