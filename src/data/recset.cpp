@@ -5,6 +5,8 @@
 #include "platform/dates.h"
 #include "platform/engine/errors.h"
 
+#include <optional>
+
 ColumnRef::operator rt::Variant() const {
     return recset_.readColumn(index_);
 }
@@ -92,19 +94,27 @@ bool RecSet::FindRecord(QString& sql, const QString&, const rt::Variant&,
 }
 
 void RecSet::stamp(const char* column, const rt::Variant& value) {
-    // A table without the column, or a session with no user yet, simply gets no stamp.
+    // A table without the column simply gets no stamp.
     try {
         writeColumn(QString::fromLatin1(column), value);
     } catch (const rt::Error&) {
     }
 }
 
+namespace {
+
+// Before logon there is no session user, and rows get no stamp of who.
+std::optional<qint32> currentUser() {
+    return gUsers.empty() ? std::nullopt : std::optional<qint32>(gUsers(0).id);
+}
+
+}  // namespace
+
 void RecSet::Edit() {
     rs().edit();
     stamp("lastedit", rt::Variant::date(rt::Now()));
-    try {
-        stamp("lastmodby", gUsers(0).id);
-    } catch (const rt::Error&) {
+    if (const auto user = currentUser()) {
+        stamp("lastmodby", *user);
     }
 }
 
@@ -113,11 +123,9 @@ void RecSet::AddNew() {
     const rt::Variant now = rt::Variant::date(rt::Now());
     stamp("lastedit", now);
     stamp("addedon", now);
-    try {
-        const qint32 user = gUsers(0).id;
-        stamp("addedby", user);
-        stamp("lastmodby", user);
-    } catch (const rt::Error&) {
+    if (const auto user = currentUser()) {
+        stamp("addedby", *user);
+        stamp("lastmodby", *user);
     }
 }
 

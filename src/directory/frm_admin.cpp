@@ -36,14 +36,6 @@ QRect twipsRect(int left, int top, int width, int height) {
                  twipsToPixels(height));
 }
 
-QPushButton* commandButton(QWidget* parent, const QString& name, const QString& text,
-                           QRect geometry, const QIcon& icon = QIcon()) {
-    auto* button = new QPushButton(icon, text, parent);
-    button->setObjectName(name);
-    button->setGeometry(geometry);
-    return button;
-}
-
 }  // namespace
 
 frmAdmin::frmAdmin() {
@@ -93,16 +85,11 @@ void frmAdmin::buildMenus() {
     mnAbout = action(mnHelp, "mnAbout", "&About...");
 
     connect(mnExit, &QAction::triggered, this, [this] { close(); });
-    connect(mnNew, &QAction::triggered, this,
-            [this] { platform::runHandler([this] { cmdNew_Click(); }); });
-    connect(mnEdit, &QAction::triggered, this,
-            [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
-    connect(mnDelete, &QAction::triggered, this,
-            [this] { platform::runHandler([this] { cmdDelete_Click(); }); });
-    connect(mnLogOff, &QAction::triggered, this,
-            [this] { platform::runHandler([this] { mnLogOff_Click(); }); });
-    connect(mnClearRTS, &QAction::triggered, this,
-            [this] { platform::runHandler([this] { mnClearRTS_Click(); }); });
+    OnEvent(mnNew, &QAction::triggered, this, [this] { cmdNew_Click(); });
+    OnEvent(mnEdit, &QAction::triggered, this, [this] { cmdEdit_Click(); });
+    OnEvent(mnDelete, &QAction::triggered, this, [this] { cmdDelete_Click(); });
+    OnEvent(mnLogOff, &QAction::triggered, this, [this] { mnLogOff_Click(); });
+    OnEvent(mnClearRTS, &QAction::triggered, this, [this] { mnClearRTS_Click(); });
     connect(mnHelpTopics, &QAction::triggered, this, [this] { mnHelpTopics_Click(); });
 }
 
@@ -130,8 +117,7 @@ void frmAdmin::buildTabs(QWidget* area) {
                        {{"Branch Name", 5292}, {"Number of Members", 5292}, {"Internal ID", 3528}});
     buildAccessLevelsPage(tabAdmin->widget(AccessLevels));
     buildUserFieldsPage(tabAdmin->widget(UserFields));
-    connect(tabAdmin, &QTabWidget::currentChanged, this,
-            [this](int) { platform::runHandler([this] { tabAdmin_Click(0); }); });
+    OnEvent(tabAdmin, &QTabWidget::currentChanged, this, [this] { tabAdmin_Click(0); });
 }
 
 void frmAdmin::buildDirectoryList(ReportList*& list, const QString& name, int tab, QRect geometry,
@@ -178,19 +164,17 @@ void frmAdmin::buildUserFieldsPage(QWidget* page) {
 }
 
 void frmAdmin::buildButtons(QWidget* area) {
-    cmdNew = commandButton(area, "cmdNew", "New...", twipsRect(150, 4890, 1245, 345),
-                           artwork::newEntryIcon());
-    cmdEdit = commandButton(area, "cmdEdit", "Edit...", twipsRect(1500, 4890, 1245, 345),
-                            artwork::editEntryIcon());
-    cmdDelete = commandButton(area, "cmdDelete", "Delete", twipsRect(2820, 4890, 1245, 345),
-                              artwork::deleteEntryIcon());
-    cmdSave = commandButton(area, "cmdSave", "&Save Changes", twipsRect(6180, 4890, 2205, 375));
-    connect(cmdNew, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdNew_Click(); }); });
-    connect(cmdEdit, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdEdit_Click(); }); });
-    connect(cmdDelete, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdDelete_Click(); }); });
+    cmdNew = place<QPushButton>(area, "cmdNew", twipsRect(150, 4890, 1245, 345),
+                                artwork::newEntryIcon(), "New...");
+    cmdEdit = place<QPushButton>(area, "cmdEdit", twipsRect(1500, 4890, 1245, 345),
+                                 artwork::editEntryIcon(), "Edit...");
+    cmdDelete = place<QPushButton>(area, "cmdDelete", twipsRect(2820, 4890, 1245, 345),
+                                   artwork::deleteEntryIcon(), "Delete");
+    cmdSave =
+        place<QPushButton>(area, "cmdSave", twipsRect(6180, 4890, 2205, 375), "&Save Changes");
+    OnEvent(cmdNew, &QPushButton::clicked, this, [this] { cmdNew_Click(); });
+    OnEvent(cmdEdit, &QPushButton::clicked, this, [this] { cmdEdit_Click(); });
+    OnEvent(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
     setTabOrder(cmdNew, cmdEdit);
     setTabOrder(cmdEdit, cmdDelete);
     setTabOrder(cmdDelete, cmdSave);
@@ -370,11 +354,7 @@ void frmAdmin::cmdNew_Click() {
     rs.AddNew();
     rs.Cols("Type") = directory.type;
     rs.Cols("accLevel") = qint16(1);
-    frmEmployee editor;
-    qint16 type = directory.type;
-    bool isNew = true;
-    editor.ShowForm(type, rs, isNew);
-    if (editor.bCanceled) {
+    if (!runEditor(directory, true)) {
         rs.CancelUpdate();
         return;
     }
@@ -399,13 +379,16 @@ void frmAdmin::cmdEdit_Click() {
     RecSet& rs = **directory.cursor;
     rs.MoveFirst();
     findSelected(directory);
-    frmEmployee editor;
-    qint16 type = directory.type;
-    bool isNew = false;
-    editor.ShowForm(type, rs, isNew);
-    if (!editor.bCanceled) {
+    if (runEditor(directory, false)) {
         LoadUserlist(directory.type, *directory.cursor);
     }
+}
+
+bool frmAdmin::runEditor(const Directory& directory, bool isNew) {
+    frmEmployee editor;  // a fresh instance each time, unloaded on both outcomes
+    qint16 type = directory.type;
+    editor.ShowForm(type, **directory.cursor, isNew);
+    return !editor.bCanceled;
 }
 
 void frmAdmin::cmdDelete_Click() {
@@ -517,14 +500,13 @@ void frmAdmin::Form_Unload() {
 bool frmAdmin::VerifyDatabase(std::unique_ptr<RecSet>& rsOut) {
     // A database from before the version column existed counts as version 2.
     float version = 2.0f;
-    bool opened = true;
     try {
         rsOut = gDBase.OpenRecordset(QStringLiteral("SELECT * FROM sysinfo"));
     } catch (const rt::Error&) {
-        opened = false;
+        rsOut.reset();
     }
     try {
-        if (opened && rsOut->RecordCount() > 0) {
+        if (rsOut && rsOut->RecordCount() > 0) {
             rsOut->MoveFirst();
             const rt::Variant stored = rsOut->ColsWithNull("dbversion");
             version = stored.isNull() ? 2.0f : rt::CSng(stored);
@@ -533,8 +515,8 @@ bool frmAdmin::VerifyDatabase(std::unique_ptr<RecSet>& rsOut) {
         if (version > kDatabaseVersion) {
             ShowMsg("The database you are trying to open is a " + versionText +
                     " version, which is more recent than the version of Wrenfold you are running.  "
-                    "You must "
-                    "upgrade the program to this version before you can open this database.");
+                    "You must upgrade the program to this version before you can open this "
+                    "database.");
             return false;
         }
         if (version < kDatabaseVersion) {

@@ -121,6 +121,8 @@ private:
     // Finds the record of the list's selected row on its cursor; gives its id.
     qint32 findSelected(const Directory& directory);
     void deleteEmployee(const Directory& directory);
+    // Opens the entry editor on the cursor's record; True when the entry was saved.
+    bool runEditor(const Directory& directory, bool isNew);
     // Removes the selected row after its record went; an emptied list disables its commands.
     void removeSelectedRow(const Directory& directory);
     void setEntryCommandsEnabled(bool enabled);

@@ -20,10 +20,7 @@
 
 frmDeleteEmployee::frmDeleteEmployee(ReportList* employees, QWidget* parent)
     : QDialog(parent), employees_(employees) {
-    setObjectName(QStringLiteral("frmDeleteEmployee"));
-    setWindowTitle(QStringLiteral("Delete Employee"));
-    setWindowFlags(Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint |
-                   Qt::WindowCloseButtonHint);
+    MakeFixedDialog(this, QStringLiteral("frmDeleteEmployee"), QStringLiteral("Delete Employee"));
     optGive = place<QRadioButton>(this, "optGive", QRect(12, 14, 20, 20));
     Label1[1] =
         place<QLabel>(this, "Label1(1)", QRect(36, 12, 360, 36),
@@ -51,8 +48,7 @@ frmDeleteEmployee::frmDeleteEmployee(ReportList* employees, QWidget* parent)
     for (size_t i = 0; i + 1 < std::size(order); ++i) {
         setTabOrder(order[i], order[i + 1]);
     }
-    connect(cmdOK, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdOK_Click(); }); });
+    OnEvent(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     connect(cmdCancel, &QPushButton::clicked, this, [this] { cmdCancel_Click(); });
 }
 

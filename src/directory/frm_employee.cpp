@@ -12,7 +12,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -31,10 +30,7 @@ const char* const kEditions[] = {"Associate Desk", "Agent Desk", "Agent Desk Plu
 }  // namespace
 
 frmEmployee::frmEmployee(QWidget* parent) : QDialog(parent) {
-    setObjectName(QStringLiteral("frmEmployee"));
-    setWindowTitle(QStringLiteral("Employees"));
-    setWindowFlags(Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint |
-                   Qt::WindowCloseButtonHint);
+    MakeFixedDialog(this, QStringLiteral("frmEmployee"), QStringLiteral("Employees"));
     buildControls();
     // Load: the level list's index + 1 is the level number.
     bCanceled = true;
@@ -92,8 +88,7 @@ void frmEmployee::buildControls() {
     for (QLineEdit* box : {txtName, txtLogon, txtPassword}) {
         SelectAllOnFocus(box);
     }
-    connect(cmdOK, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdOK_Click(); }); });
+    OnEvent(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     connect(cmdCancel, &QPushButton::clicked, this, [this] { cmdCancel_Click(); });
     connect(chkBranchManager, &QCheckBox::clicked, this, [this] { chkBranchManager_Click(); });
 }
@@ -218,6 +213,16 @@ void frmEmployee::cmdCancel_Click() {
     hide();
 }
 
+std::vector<qint32> frmEmployee::tickedEntries() const {
+    std::vector<qint32> ids;
+    for (int i = 0; i < lstExtended->count(); ++i) {
+        if (lstExtended->item(i)->checkState() == Qt::Checked) {
+            ids.push_back(lstExtended->item(i)->data(Qt::UserRole).toInt());
+        }
+    }
+    return ids;
+}
+
 bool frmEmployee::refuse(const QString& text, const QString& title, QWidget* focus) {
     ShowMsg(text, platform::Msg::OKOnly, title);
     if (focus) {
@@ -276,13 +281,8 @@ bool frmEmployee::SaveIt() {
     // Also on the other kinds: their hidden level list keeps what the form was shown with.
     rs->Cols("Name") = txtName->text().trimmed();
     rs->Cols("accLevel") = qint16(cmbAccess->currentIndex() + 1);
-    qint16 ticked = 0;
-    for (int i = 0; i < lstExtended->count(); ++i) {
-        if (lstExtended->item(i)->checkState() == Qt::Checked) {
-            ticked = rt::CInt(ticked + 1);
-        }
-    }
-    rs->Cols("num") = ticked;
+    const std::vector<qint32> ticked = tickedEntries();
+    rs->Cols("num") = rt::CInt(qint64(ticked.size()));
     rs->Update();
     if (bNew) {
         rs->MoveLast();  // the new row; the one current before AddNew is current after Update
@@ -291,12 +291,9 @@ bool frmEmployee::SaveIt() {
     if (!bNew) {
         gDBase.Execute("DELETE FROM extaccess WHERE userid = " + id);
     }
-    for (int i = 0; i < lstExtended->count(); ++i) {
-        QListWidgetItem* item = lstExtended->item(i);
-        if (item->checkState() == Qt::Checked) {
-            gDBase.Execute("INSERT INTO extaccess (userid,extid) VALUES(" + id + "," +
-                           QString::number(item->data(Qt::UserRole).toInt()) + ")");
-        }
+    for (qint32 extid : ticked) {
+        gDBase.Execute("INSERT INTO extaccess (userid,extid) VALUES(" + id + "," +
+                       QString::number(extid) + ")");
     }
     return false;
 }

@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+#include <vector>
+
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
@@ -60,6 +62,8 @@ private:
     void buildControls();
     void fillChecklist(QListWidget* list, qint16 type);
     qint32 entryId();
+    // The ids of the ticked rows of lstExtended, top to bottom.
+    std::vector<qint32> tickedEntries() const;
     bool refuse(const QString& text, const QString& title, QWidget* focus);
 
     qint16 nType = 0;

@@ -10,7 +10,6 @@
 #include "util/widgets.h"
 
 #include <QCheckBox>
-#include <QEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -45,10 +44,7 @@ QLineEdit* textBox(QWidget* parent, const QString& name, QRect geometry, int max
 }  // namespace
 
 frmStartUp::frmStartUp(QWidget* parent) : QDialog(parent) {
-    setObjectName(QStringLiteral("frmStartUp"));
-    setWindowTitle(QStringLiteral("Logon"));
-    setWindowFlags(Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint |
-                   Qt::WindowCloseButtonHint);
+    MakeFixedDialog(this, QStringLiteral("frmStartUp"), QStringLiteral("Logon"));
     buildControls();
     setHeight(kFoldedHeight);
 }
@@ -94,8 +90,7 @@ void frmStartUp::buildControls() {
     for (QLineEdit* box : {txtLogon, txtPassword}) {
         SelectAllOnFocus(box);
     }
-    connect(cmdOK, &QPushButton::clicked, this,
-            [this] { platform::runHandler([this] { cmdOK_Click(); }); });
+    OnEvent(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     connect(cmdCancel, &QPushButton::clicked, this, [this] { cmdCancel_Click(); });
     connect(cmdDatabases, &QPushButton::clicked, this, [this] { cmdDatabases_Click(); });
     connect(cmdBrowse, &QPushButton::clicked, this, [this] { cmdBrowse_Click(); });

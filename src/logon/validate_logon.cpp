@@ -16,11 +16,6 @@ using platform::Msg::OKOnly;
 
 const QString kLogonTitle = QStringLiteral("Logon");
 
-bool refuse(const QString& text, const QString& title) {
-    ShowMsg(text, OKOnly, title);
-    return false;
-}
-
 // Registers this run as the employee's live session, replacing earlier ones if the user agrees.
 bool registerSession(LogonWindow& frm, qint32 id) {
     const QString n = QString::number(id);
@@ -99,19 +94,19 @@ void fillReachableEntries(qint32 userId) {
 
 bool ValidateLogon(LogonWindow& frm, const QString& sServer, bool bIsDocsIN, bool bIsAdminIn) {
     if (frm.logonText().isEmpty()) {
-        refuse(QStringLiteral("You must enter a logon."), kLogonTitle);
+        ShowMsg(QStringLiteral("You must enter a logon."), OKOnly, kLogonTitle);
         frm.focusLogon();
         return false;
     }
     // What keeps the logon safe between the quotes of the query below; the password never goes
     // into SQL.
     if (frm.logonText().contains('\'') || frm.logonText().contains('"')) {
-        refuse(QStringLiteral("Invalid logon character."), kLogonTitle);
+        ShowMsg(QStringLiteral("Invalid logon character."), OKOnly, kLogonTitle);
         frm.focusLogon();
         return false;
     }
     if (frm.databaseText().isEmpty()) {
-        refuse(QStringLiteral("Invalid database."), QStringLiteral("Error"));
+        ShowMsg(QStringLiteral("Invalid database."), OKOnly, QStringLiteral("Error"));
         frm.ShowDb();
         frm.focusDatabase();
         return false;
@@ -137,14 +132,14 @@ bool ValidateLogon(LogonWindow& frm, const QString& sServer, bool bIsDocsIN, boo
     auto rsUser = gDBase.OpenRecordset("SELECT * FROM users WHERE logon = '" + frm.logonText() +
                                        "' AND type = 0");
     if (!(rsUser->RecordCount() > 0)) {
-        refuse(QStringLiteral("You have entered an invalid logon name."), kLogonTitle);
+        ShowMsg(QStringLiteral("You have entered an invalid logon name."), OKOnly, kLogonTitle);
         ShowIdle();
         frm.focusLogon();
         return false;
     }
     rsUser->MoveFirst();
     if (frm.passwordText() != rt::CStr(rsUser->Cols("Password"))) {
-        refuse(QStringLiteral("You have entered an invalid password."), kLogonTitle);
+        ShowMsg(QStringLiteral("You have entered an invalid password."), OKOnly, kLogonTitle);
         ShowIdle();
         frm.focusPassword();
         return false;

@@ -31,8 +31,12 @@ QString TrimAtNull(const QString& s) {
     return at < 0 ? s : s.left(at);
 }
 
+QString FolderSection(const QString& folder) {
+    return (QDir::toNativeSeparators(folder) + QDir::separator()).trimmed();
+}
+
 QString ProgramSection() {
-    return (platform::programFolder() + QDir::separator()).trimmed();
+    return FolderSection(platform::programFolder());
 }
 
 QString ReadIni(const QString& key, const QString& section, const QString& defaultValue,

@@ -12,7 +12,9 @@ extern QString gSystemDir;
 QString GetSystemDir();
 // The part of `s` before its first NUL character.
 QString TrimAtNull(const QString& s);
-// The section of the running program: its folder and a separator.
+// The section of a program in that folder: the folder and a separator.
+QString FolderSection(const QString& folder);
+// The section of the running program.
 QString ProgramSection();
 
 // A value is cut at 127 characters; a missing file, section or key, or an empty value, gives

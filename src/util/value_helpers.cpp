@@ -12,43 +12,21 @@
 
 namespace {
 
-bool isZeroText(const QString& s) {
-    return rt::CDbl(s) == 0;
+// An amount in that form, or "" for a zero that is not to be shown.
+QString amountForm(QString (*form)(const rt::Variant&, int), const QString& s, int decimals,
+                   bool bShowZero) {
+    if (rt::CDbl(s) == 0 && !bShowZero) {
+        return {};
+    }
+    return form(s, decimals);
 }
 
 QString numberForm(const QString& s, int decimals, bool bShowZero) {
-    if (isZeroText(s) && !bShowZero) {
-        return {};
-    }
-    return rt::FormatNumber(s, decimals);
-}
-
-QString currencyForm(const QString& s, int decimals, bool bShowZero) {
-    if (isZeroText(s) && !bShowZero) {
-        return {};
-    }
-    return rt::FormatCurrency(s, decimals);
+    return amountForm(rt::FormatNumber, s, decimals, bShowZero);
 }
 
 QString dateForm(const QString& s, const char* format) {
     return rt::IsDate(s) ? rt::Format(s, QLatin1String(format)) : QString();
-}
-
-bool isNumberType(const rt::Variant& value) {
-    switch (value.type()) {
-        case rt::VarType::Integer:
-        case rt::VarType::Long:
-        case rt::VarType::Single:
-        case rt::VarType::Double:
-        case rt::VarType::Currency:
-            return true;
-        default:
-            return false;
-    }
-}
-
-double addDays(double date, double days) {
-    return date + days;
 }
 
 }  // namespace
@@ -91,7 +69,7 @@ QString FormatValue(const rt::Variant& value, qint16 nType, qint16 decimals, boo
             case 55:
             case 57:
             case 59:
-                return currencyForm(s, decimals, bShowZero);
+                return amountForm(rt::FormatCurrency, s, decimals, bShowZero);
             case 3:
             case 54:
                 return dateForm(s, "Short Date");
@@ -136,39 +114,28 @@ bool WildcardIsValid(QString& sText, qint16 nType) {
 
 rt::Variant DateOffset(const rt::Variant& vDate, qint16 nUnit, const rt::Variant& nCount,
                        bool bCalendarDays, bool bSkipWeekend) {
-    rt::Variant result;
-    switch (nUnit) {
-        case 0:
-            result = bCalendarDays
-                         ? rt::Variant::date(rt::DateAdd("d", rt::CDbl(nCount), rt::CDate(vDate)))
-                         : AddBusinessDays(vDate, nCount);
-            break;
-        case 1:
-            result = rt::Variant::date(rt::DateAdd("ww", rt::CDbl(nCount), rt::CDate(vDate)));
-            break;
-        case 2:
-            result = rt::Variant::date(rt::DateAdd("m", rt::CDbl(nCount), rt::CDate(vDate)));
-            break;
-        case 3:
-            result = rt::Variant::date(rt::DateAdd("yyyy", rt::CDbl(nCount), rt::CDate(vDate)));
-            break;
-        default:
-            return result;
+    static const char* const intervals[] = {"d", "ww", "m", "yyyy"};  // by unit
+    if (nUnit < 0 || nUnit > 3) {
+        return {};
     }
+    rt::Variant result = nUnit == 0 && !bCalendarDays
+                             ? AddBusinessDays(vDate, nCount)
+                             : rt::Variant::date(rt::DateAdd(QString::fromLatin1(intervals[nUnit]),
+                                                             rt::CDbl(nCount), rt::CDate(vDate)));
     if (bSkipWeekend) {
         const double date = rt::CDate(result);
         const int weekday = rt::Weekday(date);
         if (weekday == 1) {
-            result = rt::Variant::date(addDays(date, 1));
+            result = rt::Variant::date(date + 1);
         } else if (weekday == 7) {
-            result = rt::Variant::date(addDays(date, 2));
+            result = rt::Variant::date(date + 2);
         }
     }
     return result;
 }
 
 rt::Variant AddBusinessDays(const rt::Variant& vDate, const rt::Variant& nDays) {
-    if (!vDate.isDate() || !isNumberType(nDays) || rt::CDbl(nDays) == 0) {
+    if (!vDate.isDate() || !nDays.isNumber() || rt::CDbl(nDays) == 0) {
         return vDate;
     }
     const double days = rt::CDbl(nDays);
@@ -177,17 +144,17 @@ rt::Variant AddBusinessDays(const rt::Variant& vDate, const rt::Variant& nDays) 
     double date = vDate.realValue();
     const int start = rt::Weekday(date);
     if (forward) {
-        date = addDays(date, start == 1 ? -2 : start == 7 ? -1 : 0);  // back to the Friday
+        date += start == 1 ? -2 : start == 7 ? -1 : 0;  // back to the Friday
     } else {
-        date = addDays(date, start == 1 ? 1 : start == 7 ? 2 : 0);  // on to the Monday
+        date += start == 1 ? 1 : start == 7 ? 2 : 0;  // on to the Monday
     }
     const qint64 weeks = whole / 5;
     const qint64 rest = whole - weeks * 5;
     const int sign = forward ? 1 : -1;
-    date = addDays(date, double(sign * weeks * 7));
+    date += double(sign * weeks * 7);
     const int weekday = rt::Weekday(date);
     const bool crossesWeekend = forward ? weekday + rest > 6 : weekday - rest < 2;
-    date = addDays(date, double(sign * (crossesWeekend ? rest + 2 : rest)));
+    date += double(sign * (crossesWeekend ? rest + 2 : rest));
     return rt::Variant::date(date);
 }
 

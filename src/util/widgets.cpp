@@ -2,6 +2,7 @@
 
 #include "util/value_helpers.h"
 
+#include <QDialog>
 #include <QEvent>
 #include <QLineEdit>
 
@@ -21,6 +22,13 @@ protected:
 };
 
 }  // namespace
+
+void MakeFixedDialog(QDialog* dialog, const QString& name, const QString& caption) {
+    dialog->setObjectName(name);
+    dialog->setWindowTitle(caption);
+    dialog->setWindowFlags(Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint |
+                           Qt::WindowCloseButtonHint);
+}
 
 void SelectAllOnFocus(QLineEdit* box) {
     box->installEventFilter(new SelectAllFilter(box));

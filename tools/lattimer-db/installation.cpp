@@ -4,6 +4,7 @@
 #include "platform/os.h"
 #include "platform/rt_error.h"
 #include "schema.h"
+#include "settings/settings_file.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -165,14 +166,9 @@ void createReportsDatabase(const QString& path) {
 
 // Settings of a program folder in the settings file of the system directory.
 void rememberForConsole(const QString& consoleFolder, const QString& key, const QString& value) {
-    QString systemDir(255, ' ');
-    if (platform::GetSystemDirectory(systemDir, 255) <= 0) {
-        throw InstallError(QStringLiteral("the system directory cannot be found."));
-    }
-    const QString section = (QDir::toNativeSeparators(consoleFolder) + QDir::separator()).trimmed();
-    if (!platform::WritePrivateProfileString(
-            section, key, value, platform::joinPath(systemDir.trimmed(), "tarnell.ini"))) {
-        throw InstallError("cannot write the settings file in " + systemDir.trimmed() + ".");
+    gSystemDir = GetSystemDir();
+    if (WriteIni(key, FolderSection(consoleFolder), value) == 0) {
+        throw InstallError("cannot write the settings file in " + gSystemDir + ".");
     }
 }
 
