@@ -6,9 +6,11 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QHash>
 #include <QRegularExpression>
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -19,17 +21,31 @@ namespace {
 const QDate kEpoch(1899, 12, 30);
 constexpr double kFirstDay = -657434;  // 1 Jan 100
 constexpr double kLastDay = 2958465;   // 31 Dec 9999
-constexpr int kSecondsPerDay = 86400;
+constexpr qint64 kSecondsPerDay = 86400;
+// Times are kept to the second, so a serial within half a second of the midnight past either end
+// would round onto a day off the calendar.
+constexpr double kHalfSecond = 0.5 / kSecondsPerDay;
 
-bool inCalendar(double serial) {
-    return serial > kFirstDay - 1 && serial < kLastDay + 1;
+qint64 floorDiv(qint64 a, qint64 b) {
+    return a >= 0 ? a / b : -((-a + b - 1) / b);
+}
+
+// A serial the runtime can hold. A date column written by another tool, or a number taken as a
+// date, can carry any double; the runtime's dates overflow (6) off the calendar, so every serial
+// taken in is checked here before it is split into whole days and seconds.
+double calendarSerial(double serial) {
+    if (!(serial > kFirstDay - 1 + kHalfSecond && serial < kLastDay + 1 - kHalfSecond)) {
+        throw Error::standard(Overflow);
+    }
+    return serial;
 }
 
 // The day's serial and the seconds into it; a negative serial carries its time as a positive
 // fraction, so -1.25 is 29 Dec 1899 at 6:00.
 std::pair<qint64, qint64> dayAndSeconds(double serial) {
-    qint64 day = static_cast<qint64>(std::trunc(serial));
-    qint64 seconds = std::llround(std::fabs(serial - static_cast<double>(day)) * kSecondsPerDay);
+    const double whole = std::trunc(calendarSerial(serial));
+    qint64 day = static_cast<qint64>(whole);
+    qint64 seconds = std::llround(std::fabs(serial - whole) * kSecondsPerDay);
     if (seconds >= kSecondsPerDay) {
         seconds -= kSecondsPerDay;
         day += serial < 0 ? -1 : 1;
@@ -37,9 +53,29 @@ std::pair<qint64, qint64> dayAndSeconds(double serial) {
     return {day, seconds};
 }
 
+qint64 secondsOf(qint64 hour, qint64 minute, qint64 second) {
+    return hour * 3600 + minute * 60 + second;
+}
+
 double serialOf(qint64 day, qint64 seconds) {
     const double time = static_cast<double>(seconds) / kSecondsPerDay;
     return day >= 0 ? static_cast<double>(day) + time : static_cast<double>(day) - time;
+}
+
+// The seconds since the epoch's midnight, which, unlike serials, run evenly before it too.
+qint64 timeline(double serial) {
+    const auto [day, seconds] = dayAndSeconds(serial);
+    return day * kSecondsPerDay + seconds;
+}
+
+// A computed moment back as a serial. The runtime's DateAdd reference: "If the calculated date
+// would precede the year 100 ..., an error occurs"; the runtime raises 5 past either end.
+double calendarResult(qint64 moment) {
+    const qint64 day = floorDiv(moment, kSecondsPerDay);
+    if (day < kFirstDay || day > kLastDay) {
+        throw Error::standard(InvalidProcedureCall);
+    }
+    return serialOf(day, moment - day * kSecondsPerDay);
 }
 
 int twoDigitYear(int year, int digits) {
@@ -251,6 +287,53 @@ std::optional<QDate> resolveDate(const std::vector<NumberToken>& numbers, int mo
     return std::nullopt;
 }
 
+// How far one step of an interval goes: a number of months, or else of seconds.
+struct Step {
+    bool inMonths;
+    qint64 size;
+};
+
+Step stepOf(const QString& interval) {
+    static const QHash<QString, Step> steps{
+        {"yyyy", {true, 12}},
+        {"q", {true, 3}},
+        {"m", {true, 1}},
+        {"y", {false, kSecondsPerDay}},
+        {"d", {false, kSecondsPerDay}},
+        {"w", {false, kSecondsPerDay}},
+        {"ww", {false, 7 * kSecondsPerDay}},
+        {"h", {false, 3600}},
+        {"n", {false, 60}},
+        {"s", {false, 1}},
+    };
+    const auto step = steps.constFind(interval.toLower());
+    if (step == steps.cend()) {
+        throw Error::standard(InvalidProcedureCall);
+    }
+    return *step;
+}
+
+// The same day of the month that many months on, or the month's last day if it is shorter. A
+// shift of more months than the calendar spans lands off it all the same, so it is cut to what
+// QDate takes.
+qint64 monthsLater(qint64 day, qint64 months) {
+    constexpr qint64 kCalendarMonths = 10000 * 12;
+    const int shift = static_cast<int>(std::clamp(months, -kCalendarMonths, kCalendarMonths));
+    return kEpoch.daysTo(kEpoch.addDays(day).addMonths(shift));
+}
+
+// The month of a moment on the timeline, counted from January of year 0.
+qint64 monthIndex(qint64 moment) {
+    const QDate date = kEpoch.addDays(floorDiv(moment, kSecondsPerDay));
+    return date.year() * qint64{12} + date.month() - 1;
+}
+
+// How many boundaries, each `start` past a multiple of `step`, lie in (from, to]; negative when
+// `to` comes first.
+qint64 boundaries(qint64 from, qint64 to, qint64 step, qint64 start = 0) {
+    return floorDiv(to - start, step) - floorDiv(from - start, step);
+}
+
 }  // namespace
 
 double DateSerial(int year, int month, int day) {
@@ -262,7 +345,7 @@ double DateSerial(int year, int month, int day) {
 }
 
 double TimeSerial(int hour, int minute, int second) {
-    return static_cast<double>(hour * 3600 + minute * 60 + second) / kSecondsPerDay;
+    return static_cast<double>(secondsOf(hour, minute, second)) / kSecondsPerDay;
 }
 
 DateParts splitDate(double serial) {
@@ -278,7 +361,7 @@ DateParts splitDate(double serial) {
 
 double joinDate(const DateParts& parts) {
     const qint64 day = kEpoch.daysTo(QDate(parts.year, parts.month, parts.day));
-    return serialOf(day, parts.hour * 3600 + parts.minute * 60 + parts.second);
+    return serialOf(day, secondsOf(parts.hour, parts.minute, parts.second));
 }
 
 double Now() {
@@ -330,20 +413,13 @@ std::optional<double> parseDateText(const QString& input, const QLocale& locale)
 
 double CDate(const Variant& value) {
     switch (value.type()) {
-        case VarType::Date:
-            return value.realValue();
         case VarType::String:
             if (auto serial = parseDateText(value.text())) {
                 return *serial;
             }
             throw Error::standard(TypeMismatch);
-        default: {
-            const double serial = CDbl(value);
-            if (!inCalendar(serial)) {
-                throw Error::standard(Overflow);
-            }
-            return serial;
-        }
+        default:
+            return calendarSerial(CDbl(value));
     }
 }
 
@@ -355,72 +431,33 @@ bool IsDate(const Variant& value) {
 }
 
 double DateAdd(const QString& interval, double number, double date) {
-    const QString unit = interval.toLower();
-    const qint64 count = static_cast<qint64>(std::trunc(number));
-    auto [day, seconds] = dayAndSeconds(date);
-    if (unit == "yyyy" || unit == "q" || unit == "m") {
-        const int months = static_cast<int>(count) * (unit == "yyyy" ? 12 : unit == "q" ? 3 : 1);
-        const QDate start = kEpoch.addDays(day);
-        const QDate shifted = QDate(start.year(), start.month(), 1).addMonths(months);
-        const int lastDay = shifted.daysInMonth();
-        day = kEpoch.daysTo(QDate(shifted.year(), shifted.month(), std::min(start.day(), lastDay)));
-    } else if (unit == "d" || unit == "y" || unit == "w") {
-        day += count;
-    } else if (unit == "ww") {
-        day += count * 7;
-    } else if (unit == "h" || unit == "n" || unit == "s") {
-        const qint64 step = unit == "h" ? 3600 : unit == "n" ? 60 : 1;
-        const qint64 total = day * kSecondsPerDay + (day < 0 ? -seconds : seconds) + count * step;
-        double result = static_cast<double>(total) / kSecondsPerDay;
-        if (!inCalendar(result)) {
-            throw Error::standard(InvalidProcedureCall);
-        }
-        return result;
-    } else {
-        throw Error::standard(InvalidProcedureCall);
+    const Step step = stepOf(interval);
+    // The count is taken as a whole Long, as the runtime's DateAdd reference says of a number
+    // that isn't one, so a count beyond a Long overflows as any Long does.
+    const qint64 count = CLng(std::trunc(number));
+    if (step.inMonths) {
+        const auto [day, seconds] = dayAndSeconds(date);
+        return calendarResult(monthsLater(day, count * step.size) * kSecondsPerDay + seconds);
     }
-    const double result = serialOf(day, seconds);
-    if (!inCalendar(result)) {
-        throw Error::standard(InvalidProcedureCall);
-    }
-    return result;
+    return calendarResult(timeline(date) + count * step.size);
 }
 
 qint32 DateDiff(const QString& interval, double date1, double date2) {
+    const Step step = stepOf(interval);
     const QString unit = interval.toLower();
-    const auto [day1, seconds1] = dayAndSeconds(date1);
-    const auto [day2, seconds2] = dayAndSeconds(date2);
-    auto floorDiv = [](qint64 a, qint64 b) { return a >= 0 ? a / b : -((-a + b - 1) / b); };
-    if (unit == "d" || unit == "y") {
-        return static_cast<qint32>(day2 - day1);
+    const qint64 from = timeline(date1);
+    const qint64 to = timeline(date2);
+    qint64 count = 0;
+    if (step.inMonths) {
+        count = boundaries(monthIndex(from), monthIndex(to), step.size);
+    } else if (unit == "w") {
+        count = boundaries(from, to, kSecondsPerDay) / 7;  // whole weeks of days, cut toward zero
+    } else {
+        // Weeks begin on Sunday, which serial 1 is; the other steps begin at midnight.
+        count = boundaries(from, to, step.size, unit == "ww" ? kSecondsPerDay : 0);
     }
-    if (unit == "w") {
-        return static_cast<qint32>((day2 - day1) / 7);
-    }
-    if (unit == "ww") {
-        return static_cast<qint32>(floorDiv(day2 - 1, 7) - floorDiv(day1 - 1, 7));
-    }
-    const DateParts a = splitDate(date1);
-    const DateParts b = splitDate(date2);
-    if (unit == "yyyy") {
-        return b.year - a.year;
-    }
-    if (unit == "q") {
-        return (b.year - a.year) * 4 + (b.month - 1) / 3 - (a.month - 1) / 3;
-    }
-    if (unit == "m") {
-        return (b.year - a.year) * 12 + b.month - a.month;
-    }
-    const qint64 total1 = day1 * kSecondsPerDay + (day1 < 0 ? -seconds1 : seconds1);
-    const qint64 total2 = day2 * kSecondsPerDay + (day2 < 0 ? -seconds2 : seconds2);
-    if (unit == "h" || unit == "n") {
-        const qint64 step = unit == "h" ? 3600 : 60;
-        return static_cast<qint32>(floorDiv(total2, step) - floorDiv(total1, step));
-    }
-    if (unit == "s") {
-        return static_cast<qint32>(total2 - total1);
-    }
-    throw Error::standard(InvalidProcedureCall);
+    // The runtime's DateDiff gives a Long, so a count beyond one overflows as any Long does.
+    return CLng(static_cast<double>(count));
 }
 
 int Weekday(double date) {

@@ -7,7 +7,8 @@
 #include <optional>
 
 // Dates as the runtime keeps them: a day serial (0 = Saturday 30 Dec 1899) whose fraction is the
-// time of day, from 1 Jan 100 to 31 Dec 9999.
+// time of day, from 1 Jan 100 to 31 Dec 9999. Whatever takes a serial raises 6 for one off that
+// calendar.
 namespace rt {
 
 struct DateParts {
@@ -30,7 +31,9 @@ double CDate(const Variant& value);
 bool IsDate(const Variant& value);
 std::optional<double> parseDateText(const QString& text, const QLocale& locale = QLocale());
 
-// Intervals "yyyy", "q", "m", "y", "d", "w", "ww", "h", "n", "s"; another raises 5.
+// Intervals "yyyy", "q", "m", "y", "d", "w", "ww", "h", "n", "s"; another raises 5. DateAdd
+// raises 6 for a number beyond a Long and 5 for a result off the calendar; DateDiff raises 6 for
+// a count beyond a Long.
 double DateAdd(const QString& interval, double number, double date);
 qint32 DateDiff(const QString& interval, double date1, double date2);
 int Weekday(double date);  // Sunday = 1

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 
 using rt::Variant;
@@ -211,6 +212,86 @@ TEST(Dates, AddAndDiff) {
     EXPECT_EQ(rt::DateDiff("d", sat + 0.9, sun + 0.1), 1);
     EXPECT_EQ(rt::DateDiff("d", sun, sat), -1);
     EXPECT_EQ(rt::DateDiff("m", rt::DateSerial(2000, 1, 31), rt::DateSerial(2000, 2, 1)), 1);
+}
+
+// The calendar runs from serial -657434 (1 Jan 100) to 2958465 (31 Dec 9999).
+constexpr double kFirstDay = -657434;
+constexpr double kLastDay = 2958465;
+
+TEST(Dates, OffTheCalendarRaisesTheRuntimeError) {
+    const struct {
+        const char* what;
+        std::function<void()> action;
+        int error;
+    } cases[] = {
+        {"count far past a Long", [] { rt::DateAdd("d", rt::CDbl("1,235.5e71"), 0); },
+         rt::Overflow},
+        {"weeks far past a Long", [] { rt::DateAdd("ww", 2e18, 0); }, rt::Overflow},
+        {"count just past a Long", [] { rt::DateAdd("s", 2147483648.0, 0); }, rt::Overflow},
+        {"count not a number", [] { rt::DateAdd("d", std::nan(""), 0); }, rt::Overflow},
+        {"a Long count off the calendar", [] { rt::DateAdd("d", 2147483647.9, 0); },
+         rt::InvalidProcedureCall},
+        // 357913942 years are 2^32 + 8 months: a 32-bit month count would wrap onto the calendar.
+        {"years off the calendar", [] { rt::DateAdd("yyyy", 357913942, 0); },
+         rt::InvalidProcedureCall},
+        {"months before it", [] { rt::DateAdd("m", -2147483648.0, 0); }, rt::InvalidProcedureCall},
+        {"a day past the last", [] { rt::DateAdd("d", 1, kLastDay); }, rt::InvalidProcedureCall},
+        {"a second before the first", [] { rt::DateAdd("s", -1, kFirstDay); },
+         rt::InvalidProcedureCall},
+        {"an interval it lacks", [] { rt::DateAdd("fortnight", 1, 0); }, rt::InvalidProcedureCall},
+        {"adding to a date off it", [] { rt::DateAdd("d", 1, 9e18); }, rt::Overflow},
+        {"seconds across the calendar", [] { rt::DateDiff("s", kLastDay, kFirstDay); },
+         rt::Overflow},
+        {"seconds just past a Long", [] { rt::DateDiff("s", 0, 24856); }, rt::Overflow},
+        {"days to a date off it", [] { rt::DateDiff("d", 0, 1e19); }, rt::Overflow},
+        {"years from a date off it", [] { rt::DateDiff("yyyy", -1e300, 0); }, rt::Overflow},
+        {"a diff interval it lacks", [] { rt::DateDiff("fortnight", 0, 1); },
+         rt::InvalidProcedureCall},
+        {"text of the day after", [] { rt::CStr(Variant::date(kLastDay + 1)); }, rt::Overflow},
+        {"text of the day before", [] { rt::CStr(Variant::date(kFirstDay - 1)); }, rt::Overflow},
+        {"text of a time rounding into 10000",
+         [] { rt::CStr(Variant::date(kLastDay + 0.9999999)); }, rt::Overflow},
+        {"text of infinity", [] { rt::CStr(Variant::date(HUGE_VAL)); }, rt::Overflow},
+        {"a named format", [] { rt::Format(Variant::date(-1e18), "Short Date"); }, rt::Overflow},
+        {"the general date", [] { rt::Format(Variant::date(1e10), "General Date"); }, rt::Overflow},
+        {"a time format", [] { rt::Format(Variant::date(3e6), "Long Time"); }, rt::Overflow},
+        {"weekday", [] { rt::Weekday(-1e19); }, rt::Overflow},
+        {"a date-typed value", [] { rt::CDate(Variant::date(3e6)); }, rt::Overflow},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(errorOf(c.action), c.error) << c.what;
+    }
+}
+
+TEST(Dates, TheCalendarsEdgesStillWork) {
+    const double lastSecond = kLastDay + 86399.0 / 86400;
+    EXPECT_EQ(rt::CStr(Variant::date(kLastDay)), "12/31/9999");
+    EXPECT_EQ(rt::CStr(Variant::date(lastSecond)), "12/31/9999 11:59:59 PM");
+    EXPECT_EQ(rt::Format(Variant::date(kLastDay), "Short Date"), "12/31/9999");
+    EXPECT_EQ(rt::Format(Variant::date(kFirstDay - 0.5), "Long Time"), "12:00:00 PM");
+    const rt::DateParts first = rt::splitDate(kFirstDay);
+    EXPECT_EQ(QDate(first.year, first.month, first.day), QDate(100, 1, 1));
+
+    const struct {
+        const char* what;
+        double actual;
+        double expected;
+    } cases[] = {
+        {"a day onto the last", rt::DateAdd("d", 1, kLastDay - 1), kLastDay},
+        {"months onto the last", rt::DateAdd("m", 2, rt::DateSerial(9999, 10, 31)), kLastDay},
+        {"years onto the last year", rt::DateAdd("yyyy", 9899, kFirstDay),
+         rt::DateSerial(9999, 1, 1)},
+        {"back to the first day's last second", rt::DateAdd("s", -1, kFirstDay + 1),
+         kFirstDay - 86399.0 / 86400},
+        {"hours on a day before 1900", rt::DateAdd("h", 6, -1.25), -1.5},
+        {"days across the calendar", double(rt::DateDiff("d", kFirstDay, kLastDay)), 3615899},
+        {"seconds that fill a Long", double(rt::DateDiff("s", 0, 24855)), 2147472000},
+        {"hours between times before 1900", double(rt::DateDiff("h", -1.25, -1.5)), 6},
+        {"seconds to the last", double(rt::DateDiff("s", kLastDay, lastSecond)), 86399},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.actual, c.expected) << c.what;
+    }
 }
 
 TEST(Numbers, IsNumericOnTrickyText) {
