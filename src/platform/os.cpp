@@ -6,7 +6,8 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
-#include <QStringList>
+
+#include <algorithm>
 
 #ifdef Q_OS_WIN
 #include <windows.h>
@@ -16,28 +17,68 @@ namespace platform {
 
 namespace {
 
+// A settings file is shared by every program of the suite, each in its own section and some in
+// other 8-bit code pages. It is handled as bytes, so that a write re-encodes only the line it
+// changes; only names, to compare them, and the value asked for are decoded.
+
+// Stored text: UTF-8 where the bytes are valid UTF-8, else one character per byte, so that
+// another program's 8-bit text reads as Latin-1 letters rather than as replacement characters
+// that a later write would make permanent.
+QString decodeText(const QByteArray& bytes) {
+    return bytes.isValidUtf8() ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
+}
+
+// Text we store: Latin-1, the 8-bit code page the other programs read, wherever it decodes back
+// to the same text; UTF-8 for characters beyond Latin-1, and for the rare Latin-1 text whose
+// bytes happen to form UTF-8.
+QByteArray encodeText(const QString& text) {
+    const QByteArray latin1 = text.toLatin1();
+    return decodeText(latin1) == text ? latin1 : text.toUtf8();
+}
+
+// The first `bytes` bytes of stored text. The call copies single-byte characters: the cut falls
+// on bytes, and a character split by it is dropped whole.
+QString cutText(const QByteArray& stored, int bytes) {
+    QByteArray kept = stored.left(bytes);
+    if (!stored.isValidUtf8()) {
+        return QString::fromLatin1(kept);
+    }
+    while (!kept.isValidUtf8()) {
+        kept.chop(1);
+    }
+    return QString::fromUtf8(kept);
+}
+
+// A line break in a name or value would end its line early and start another: a value could
+// add keys of its own, such as a database path followed by "WP=...".
+bool breaksLine(const QString& text) {
+    return text.contains('\n') || text.contains('\r');
+}
+
 struct ProfileLine {
-    QString raw;
+    QByteArray text;  // the line's bytes without its line end
+    QByteArray end;   // "\r\n", "\n" or "\r"; nothing on a last line without one
     enum Kind { Other, Section, Key } kind = Other;
-    QString name;  // section or key name, trimmed
-    QString value;
+    QString name;      // section or key name, trimmed
+    QByteArray value;  // a key's value as stored, trimmed and unquoted
 };
 
-ProfileLine parseLine(const QString& raw) {
+ProfileLine parseLine(const QByteArray& text, const QByteArray& end = {}) {
     ProfileLine line;
-    line.raw = raw;
-    const QString text = raw.trimmed();
-    if (text.startsWith('[')) {
-        const int close = text.indexOf(']');
+    line.text = text;
+    line.end = end;
+    const QByteArray trimmed = text.trimmed();
+    if (trimmed.startsWith('[')) {
+        const qsizetype close = trimmed.indexOf(']');
         line.kind = ProfileLine::Section;
-        line.name = (close < 0 ? text.mid(1) : text.mid(1, close - 1)).trimmed();
+        line.name = decodeText((close < 0 ? trimmed.mid(1) : trimmed.mid(1, close - 1)).trimmed());
         return line;
     }
-    const int equals = text.indexOf('=');
+    const qsizetype equals = trimmed.indexOf('=');
     if (equals >= 0) {
         line.kind = ProfileLine::Key;
-        line.name = text.left(equals).trimmed();
-        line.value = text.mid(equals + 1).trimmed();
+        line.name = decodeText(trimmed.left(equals).trimmed());
+        line.value = trimmed.mid(equals + 1).trimmed();
         if (line.value.size() >= 2 && line.value.startsWith('"') && line.value.endsWith('"')) {
             line.value = line.value.mid(1, line.value.size() - 2);
         }
@@ -45,22 +86,30 @@ ProfileLine parseLine(const QString& raw) {
     return line;
 }
 
-std::vector<ProfileLine> readProfile(const QString& file) {
+// Lines end at CR LF, LF or a CR alone; each keeps its own end.
+std::vector<ProfileLine> splitLines(const QByteArray& data) {
     std::vector<ProfileLine> lines;
-    QFile f(file);
-    if (!f.open(QIODevice::ReadOnly)) {
-        return lines;
-    }
-    QString text = QString::fromLocal8Bit(f.readAll());
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace('\r', '\n');
-    QStringList raw = text.split('\n');
-    if (!raw.isEmpty() && raw.back().isEmpty()) {
-        raw.removeLast();
-    }
-    for (const QString& r : raw) {
-        lines.push_back(parseLine(r));
+    qsizetype start = 0;
+    while (start < data.size()) {
+        qsizetype stop = start;
+        while (stop < data.size() && data[stop] != '\n' && data[stop] != '\r') {
+            ++stop;
+        }
+        const QByteArray end = data.mid(stop, data.mid(stop, 2) == "\r\n" ? 2 : 1);
+        lines.push_back(parseLine(data.mid(start, stop - start), end));
+        start = stop + end.size();
     }
     return lines;
+}
+
+// The file's lines; none for a missing file, and no answer for one that is there but can't be
+// read, which a write must then leave alone rather than replace.
+std::optional<std::vector<ProfileLine>> readProfile(const QString& file) {
+    QFile f(file);
+    if (!f.open(QIODevice::ReadOnly)) {
+        return f.exists() ? std::nullopt : std::make_optional(std::vector<ProfileLine>());
+    }
+    return splitLines(f.readAll());
 }
 
 bool sameName(const QString& a, const QString& b) {
@@ -92,13 +141,53 @@ std::optional<size_t> findKey(const std::vector<ProfileLine>& lines,
     return std::nullopt;
 }
 
+// Puts `added` before line `at`, with the line end of the file's first line, or the call's CR LF.
+// Appended after a last line without a line end, that line gets one and the new last line goes
+// without, so that the file still ends as it did.
+void insertLines(std::vector<ProfileLine>& lines, size_t at, std::vector<ProfileLine> added) {
+    const auto ended = std::find_if(lines.begin(), lines.end(),
+                                    [](const ProfileLine& line) { return !line.end.isEmpty(); });
+    const QByteArray end = ended == lines.end() ? QByteArray("\r\n") : ended->end;
+    for (ProfileLine& line : added) {
+        line.end = end;
+    }
+    if (at == lines.size() && !lines.empty() && lines.back().end.isEmpty()) {
+        lines.back().end = end;
+        added.back().end.clear();
+    }
+    lines.insert(lines.begin() + at, added.begin(), added.end());
+}
+
+// Sets the value of the key in `range`, or adds the key at the end of the section, before its
+// trailing blank lines. A key found keeps its bytes up to the "=", so its name keeps its case.
+void setValue(std::vector<ProfileLine>& lines, std::pair<size_t, size_t> range, const QString& key,
+              const QString& value) {
+    if (const auto at = findKey(lines, range, key)) {
+        ProfileLine& line = lines[*at];
+        line = parseLine(line.text.left(line.text.indexOf('=') + 1) + encodeText(value), line.end);
+        return;
+    }
+    size_t insertAt = range.second;
+    while (insertAt > range.first + 1 && lines[insertAt - 1].text.trimmed().isEmpty()) {
+        --insertAt;
+    }
+    insertLines(lines, insertAt, {parseLine(encodeText(key) + '=' + encodeText(value))});
+}
+
+// Replaces the file through a temporary one renamed over it, so that a crash leaves the old file
+// or the new one, never a part; a hard link to the old file keeps the old text. As the rename
+// gives the file a new inode, the temporary file takes an existing file's mode, and a new file is
+// made readable by its owner alone, before a byte is written: the suite keeps passwords in its
+// settings files.
 bool writeProfile(const QString& file, const std::vector<ProfileLine>& lines) {
     QByteArray data;
     for (const ProfileLine& line : lines) {
-        data += line.raw.toLocal8Bit() + "\r\n";
+        data += line.text + line.end;
     }
+    const bool isNew = !QFileInfo::exists(file);
     QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly)) {
+    if (!out.open(QIODevice::WriteOnly) ||
+        (isNew && !out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner))) {
         return false;
     }
     out.write(data);
@@ -112,67 +201,60 @@ int GetPrivateProfileString(const QString& section, const QString& key, const QS
     if (size <= 0) {
         return 0;
     }
-    QString value;
-    bool found = false;
+    std::optional<QByteArray> stored;
     if (!key.isEmpty()) {
-        const std::vector<ProfileLine> lines = readProfile(file);
+        const std::vector<ProfileLine> lines =
+            readProfile(file).value_or(std::vector<ProfileLine>());
         if (const auto range = findSection(lines, section)) {
             if (const auto at = findKey(lines, *range, key)) {
-                value = lines[*at].value;
-                found = true;
+                stored = lines[*at].value;
             }
         }
     }
-    if (!found) {
-        value = defaultValue;
-        while (value.endsWith(' ')) {
-            value.chop(1);
+    if (!stored) {
+        QString fallback = defaultValue;
+        while (fallback.endsWith(' ')) {
+            fallback.chop(1);
         }
+        stored = encodeText(fallback);
     }
-    // The call copies single-byte characters: the cut falls on bytes, and a character split by
-    // it is dropped whole.
-    QByteArray bytes = value.toLocal8Bit().left(size - 1);
-    buffer = QString::fromLocal8Bit(bytes);
-    while (buffer.endsWith(QChar::ReplacementCharacter)) {
-        buffer.chop(1);
-    }
+    buffer = cutText(*stored, size - 1);
     return static_cast<int>(buffer.size());
 }
 
 bool WritePrivateProfileString(const QString& section, const std::optional<QString>& key,
                                const std::optional<QString>& value, const QString& file) {
-    if (file.isEmpty()) {
+    if (file.isEmpty() || breaksLine(section) || breaksLine(key.value_or(QString())) ||
+        breaksLine(value.value_or(QString()))) {
         return false;
     }
-    std::vector<ProfileLine> lines = readProfile(file);
+    std::optional<std::vector<ProfileLine>> read = readProfile(file);
+    if (!read) {
+        return false;
+    }
+    std::vector<ProfileLine>& lines = *read;
     const auto range = findSection(lines, section);
     if (!key) {
-        if (range) {
-            lines.erase(lines.begin() + range->first, lines.begin() + range->second);
-            return writeProfile(file, lines);
+        if (!range) {
+            return true;
         }
-        return true;
+        lines.erase(lines.begin() + range->first, lines.begin() + range->second);
+        return writeProfile(file, lines);
     }
-    const std::optional<size_t> at = range ? findKey(lines, *range, *key) : std::nullopt;
     if (!value) {
-        if (at) {
-            lines.erase(lines.begin() + *at);
-            return writeProfile(file, lines);
+        const std::optional<size_t> at = range ? findKey(lines, *range, *key) : std::nullopt;
+        if (!at) {
+            return true;
         }
-        return true;
+        lines.erase(lines.begin() + *at);
+        return writeProfile(file, lines);
     }
-    const ProfileLine entry = parseLine(*key + "=" + *value);
-    if (at) {
-        lines[*at] = parseLine(lines[*at].name + "=" + *value);  // the stored name keeps its case
-    } else if (range) {
-        size_t insertAt = range->second;
-        while (insertAt > range->first + 1 && lines[insertAt - 1].raw.trimmed().isEmpty()) {
-            --insertAt;
-        }
-        lines.insert(lines.begin() + insertAt, entry);
+    if (range) {
+        setValue(lines, *range, *key, *value);
     } else {
-        lines.push_back(parseLine("[" + section + "]"));
-        lines.push_back(entry);
+        insertLines(lines, lines.size(),
+                    {parseLine('[' + encodeText(section) + ']'),
+                     parseLine(encodeText(*key) + '=' + encodeText(*value))});
     }
     return writeProfile(file, lines);
 }

@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
 namespace {
 
 class ProfileTest : public ::testing::Test {
@@ -19,6 +23,9 @@ protected:
     QByteArray content() const {
         QFile f(file);
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+    bool writeKey(const QString& section, const QString& key, const QString& value) {
+        return platform::WritePrivateProfileString(section, key, value, file);
     }
     // The value read with that buffer size, and the count the call gave back.
     std::pair<QString, int> read(const QString& section, const QString& key, int size = 128,
@@ -101,5 +108,98 @@ TEST_F(ProfileTest, ANewKeyGoesAtTheEndOfItsSectionBeforeBlankLines) {
     EXPECT_TRUE(platform::WritePrivateProfileString("A", QString("y"), QString("2"), file));
     EXPECT_EQ(content(), "; comment\r\n[A]\r\nx=1\r\ny=2\r\n\r\n[B]\r\n");
 }
+
+TEST_F(ProfileTest, AWriteLeavesEveryOtherLineByteForByte) {
+    const QByteArray otherProgram =
+        QByteArrayLiteral("[C:\\Other\\]\r\nOwner=M\xFCller\r\nBlob=\x00\x01\xFF\xFE\r\n");
+    const struct {
+        const char* what;
+        QByteArray before;
+        const char* section;
+        const char* key;
+        QByteArray after;
+    } cases[] = {
+        {"another program's 8-bit section, a key changed after it",
+         otherProgram + "[C:\\Ours\\]\r\nLG=old\r\n", "C:\\Ours\\", "LG",
+         otherProgram + "[C:\\Ours\\]\r\nLG=new\r\n"},
+        {"another program's 8-bit section, our section added", otherProgram, "C:\\Ours\\", "LG",
+         otherProgram + "[C:\\Ours\\]\r\nLG=new\r\n"},
+        {"LF line ends, also on the new line", "[A]\nx=1\n[B]\n", "A", "y",
+         "[A]\nx=1\ny=new\n[B]\n"},
+        {"each line keeps its own end", "[A]\r\nx=1\n[B]\rz=3\r\n", "A", "x",
+         "[A]\r\nx=new\n[B]\rz=3\r\n"},
+        {"a changed last line stays without a line end", "[A]\r\nx=1", "A", "x", "[A]\r\nx=new"},
+        {"a file without a final line end still ends without one", "[A]\r\nx=1", "A", "y",
+         "[A]\r\nx=1\r\ny=new"},
+    };
+    write(otherProgram);
+    EXPECT_EQ(read("c:\\other\\", "owner").first, QString::fromUtf8("M\u00FCller"));
+    for (const auto& c : cases) {
+        write(c.before);
+        EXPECT_TRUE(writeKey(c.section, c.key, "new")) << c.what;
+        EXPECT_EQ(content(), c.after) << c.what;
+        EXPECT_EQ(read(c.section, c.key).first, "new") << c.what;
+    }
+}
+
+TEST_F(ProfileTest, TextIsStoredAsLatin1WhereItReadsBackElseAsUtf8) {
+    const struct {
+        const char* text;  // UTF-8 in the source
+        QByteArray stored;
+        int size;
+        const char* cut;
+    } cases[] = {
+        {"M\u00FCller", "M\xFCller", 3, "M\u00FC"},
+        {"Z\u0142oty", "Z\xC5\x82oty", 3, "Z"},  // beyond Latin-1
+        // Latin-1 bytes that would read back as UTF-8 "\u00E9"
+        {"\u00C3\u00A9", "\xC3\x83\xC2\xA9", 4, "\u00C3"},
+    };
+    for (const auto& c : cases) {
+        const QString text = QString::fromUtf8(c.text);
+        ASSERT_TRUE(writeKey("S", "k", text)) << c.text;
+        EXPECT_EQ(content(), "[S]\r\nk=" + c.stored + "\r\n") << c.text;
+        EXPECT_EQ(read("S", "k").first, text) << c.text;
+        // A cut falls on stored bytes and drops a character split by it whole.
+        EXPECT_EQ(read("S", "k", c.size).first, QString::fromUtf8(c.cut)) << c.text;
+        QFile::remove(file);
+    }
+}
+
+TEST_F(ProfileTest, ALineBreakCannotAddKeys) {
+    const QByteArray before = "[S]\r\nDatabase=/old.mdb\r\n";
+    const struct {
+        const char* section;
+        const char* key;
+        const char* value;
+    } cases[] = {
+        {"S", "Database", "/new.mdb\nWP=secret"},
+        {"S", "Database", "/new.mdb\rWP=secret"},
+        {"S", "Database\r\nWP", "secret"},
+        {"S]\nWP=secret\n[S", "Database", "x"},
+    };
+    for (const auto& c : cases) {
+        write(before);
+        EXPECT_FALSE(writeKey(c.section, c.key, c.value)) << c.section << "/" << c.key;
+        EXPECT_EQ(content(), before) << c.section << "/" << c.key;
+    }
+    QFile::remove(file);
+    EXPECT_FALSE(writeKey("S", "Database", "/new.mdb\nWP=secret"));
+    EXPECT_FALSE(QFile::exists(file));
+}
+
+#ifdef Q_OS_UNIX
+TEST_F(ProfileTest, ANewFileIsTheOwnersAloneAndAnOldOneKeepsItsMode) {
+    const auto mode = [this] {
+        struct stat info {};
+        const bool found = ::stat(QFile::encodeName(file).constData(), &info) == 0;
+        return found ? QString::number(info.st_mode & 0777, 8) : QString();
+    };
+    ASSERT_TRUE(writeKey("S", "WP", "secret"));
+    EXPECT_EQ(mode(), "600");
+    ASSERT_EQ(::chmod(QFile::encodeName(file).constData(), 0640), 0);
+    ASSERT_TRUE(writeKey("S", "WP", "other"));
+    EXPECT_EQ(mode(), "640");
+}
+#endif
 
 }  // namespace

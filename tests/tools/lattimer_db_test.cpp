@@ -12,6 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
 namespace {
 
 struct ToolRun {
@@ -19,14 +23,6 @@ struct ToolRun {
     QString out;
     QString err;
 };
-
-ToolRun run(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral(LATTIMER_DB), arguments);
-    process.waitForFinished(60000);
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
 
 // What the sqlite3 shell prints for the statements, one output line a row.
 QStringList shell(const QString& database, const QString& sql) {
@@ -45,8 +41,28 @@ QStringList shell(const QString& database, const QString& sql) {
 class LattimerDbTest : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return dir.filePath(name); }
+    // The tool, with the user's configuration, and with it the system directory, in `dir`.
+    ToolRun run(const QStringList& arguments) const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("XDG_CONFIG_HOME", path("config"));
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(LATTIMER_DB), arguments);
+        process.waitForFinished(60000);
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
     QTemporaryDir dir;
 };
+
+#ifdef Q_OS_UNIX
+// The permission bits of a file in octal, "" when it is missing.
+QString mode(const QString& file) {
+    struct stat info {};
+    const bool found = ::stat(QFile::encodeName(file).constData(), &info) == 0;
+    return found ? QString::number(info.st_mode & 0777, 8) : QString();
+}
+#endif
 
 TEST_F(LattimerDbTest, CreateWritesEveryTableAndIndexWithTheShippedRows) {
     const QString db = path("new.mdb");
@@ -116,6 +132,9 @@ TEST_F(LattimerDbTest, InstallLaysOutTheProgramFolder) {
     EXPECT_EQ(key("CompanyAddress2"), "<none>");
     EXPECT_EQ(key("CompanyAddress3"), "Suite 4");
     EXPECT_EQ(key("Password"), "<none>");
+#ifdef Q_OS_UNIX
+    EXPECT_EQ(mode(temp), "600");  // it may hold the first user's password
+#endif
 }
 
 TEST_F(LattimerDbTest, DemoHasTheSampleDirectory) {
@@ -126,6 +145,9 @@ TEST_F(LattimerDbTest, DemoHasTheSampleDirectory) {
     EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"),
                     "SELECT Type, count(*) FROM users GROUP BY Type"),
               QStringList({"0|5", "1|2", "2|2", "3|2"}));
+#ifdef Q_OS_UNIX
+    EXPECT_EQ(mode(path("config/Lattimer/tarnell.ini")), "600");  // it may hold a saved password
+#endif
 }
 
 TEST_F(LattimerDbTest, MisuseGetsAClearMessage) {
