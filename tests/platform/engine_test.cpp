@@ -27,6 +27,7 @@ using rt::Variant;
 namespace {
 
 using testing_support::errorOf;
+using testing_support::OtherProgram;
 
 class EngineTest : public ::testing::Test {
 protected:
@@ -384,22 +385,8 @@ TEST_F(EngineTest, ATransactionLeavesNothingHalfDone) {
 }
 
 TEST_F(EngineTest, AWriteBlockedByAnotherProcessFailsAfterABoundedWait) {
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        sqlite3* other = nullptr;
-        sqlite3_open(path.toUtf8().constData(), &other);
-        // Another program in the middle of a write: its lock lets readers in, writers wait.
-        sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
-        sqlite3_exec(other, "UPDATE people SET age = 1", nullptr, nullptr, nullptr);
-        (void)!write(ready[1], "x", 1);
-        sleep(3);
-        sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
-        _exit(0);
-    }
-    char byte;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    // Another program in the middle of a write: its lock lets readers in, writers wait.
+    OtherProgram writer(path, "BEGIN IMMEDIATE; UPDATE people SET age = 1");
     engine::setLockWait(500);
     auto waiting = engine::openDatabase(path);
     EXPECT_EQ(rt::CLng(waiting->openRecordset("SELECT count(*) FROM people")->field(0).value()), 3);
@@ -414,12 +401,114 @@ TEST_F(EngineTest, AWriteBlockedByAnotherProcessFailsAfterABoundedWait) {
     }
     EXPECT_GE(timer.elapsed(), 400);
     EXPECT_LT(timer.elapsed(), 2900);
-    int status = 0;
-    pid_t ended = -1;
-    while ((ended = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
-    }
-    ASSERT_EQ(ended, child) << strerror(errno);
+    writer.letGo();
     waiting->execute("UPDATE people SET age = 99");  // free again once the other process let go
+}
+
+TEST_F(EngineTest, AUnitThatFailsToCommitIsUndoneWholeAndLeavesNothingOpen) {
+    engine::setLockWait(100);
+    db = engine::openDatabase(path);
+    // Another program reading: its lock lets a unit begin and write, but not commit.
+    OtherProgram reader(path, "BEGIN; SELECT count(*) FROM people");
+    const QString deleteBob = "DELETE FROM people WHERE name = 'bob'";
+    const struct {
+        const char* unit;
+        int number;
+        std::function<void()> run;
+    } units[] = {
+        {"one level", engine::Locked,
+         [&] {
+             db->beginTrans();
+             db->execute(deleteBob);
+             db->commitTrans();
+         }},
+        {"nested levels", engine::Locked,
+         [&] {
+             db->beginTrans();
+             db->execute(deleteBob);
+             db->beginTrans();
+             db->execute("DELETE FROM people WHERE name = 'carol'");
+             db->commitTrans();
+             db->commitTrans();
+         }},
+        {"a scope", engine::Locked,
+         [&] {
+             engine::Transaction scope(*db);
+             db->execute(deleteBob);
+             scope.commit();
+         }},
+        // The engine's own units: a new row's counter, a copied table.
+        {"a counter", engine::Locked, [&] { open("people")->addNew(); }},
+        {"a copy", engine::Locked, [&] { db->execute("SELECT * INTO staff FROM people"); }},
+        // SQLite ends the whole transaction itself on some failures, under any level.
+        {"a level whose transaction SQLite ended", engine::DuplicateValue,
+         [&] {
+             db->beginTrans();
+             db->execute(deleteBob);
+             db->beginTrans();
+             db->execute("INSERT OR ROLLBACK INTO people (id) VALUES (2)");
+         }},
+    };
+    for (const auto& u : units) {
+        EXPECT_EQ(errorOf(u.run), u.number) << u.unit;
+        EXPECT_EQ(errorOf([&] { db->rollback(); }), engine::NoTransaction) << u.unit;
+        EXPECT_EQ(errorOf([&] {
+                      db->beginTrans();
+                      db->rollback();
+                  }),
+                  0)
+            << u.unit;
+        // Refused while the lock is held, rather than taken into a unit that is no more.
+        EXPECT_EQ(errorOf([&] { db->execute("UPDATE people SET age = 1"); }), engine::Locked)
+            << u.unit;
+    }
+    reader.letGo();
+    db->beginTrans();
+    db->execute("UPDATE people SET age = 77 WHERE name = 'bob'");
+    db->commitTrans();
+    db->execute("UPDATE people SET age = 66 WHERE name = 'carol'");
+    db->close();
+    db = engine::openDatabase(path);
+    EXPECT_EQ(names("SELECT name & ' ' & age AS name FROM people ORDER BY id"),
+              QStringList({"bob 77", "Alice 40", "carol 66"}));
+}
+
+TEST_F(EngineTest, AStatementMeansWhatTheDialectReadsWhateverItsSpacing) {
+    const QStringList unchanged = {"a 1", "b 2", "c 3"};
+    const QStringList added = {"a 2", "b 3", "c 4"};
+    const struct {
+        QString sql;
+        int number;
+        QStringList rows;
+    } cases[] = {
+        // Two minus signs are two operators, however they came to stand side by side: the
+        // dialect has no comments.
+        {"UPDATE plain SET amount = amount--1", 0, added},
+        {"UPDATE plain SET amount = amount-True", 0, added},
+        {"UPDATE plain SET amount = amount-#12/29/1899#", 0, added},  // day -1
+        {"UPDATE plain SET amount = 0 /*, code = 'x' */", engine::SyntaxError, unchanged},
+        // A line break between tokens is a blank like any other.
+        {"UPDATE plain SET amount = 0 WHERE amount = 1 --amount\nOR amount = 3",
+         0,
+         {"a 1", "b 2", "c 0"}},
+        // Tokens side by side stay apart, whatever the embedded engine would make of them
+        // joined: a longer number, a doubled quote, a blob, a parameter, a shift.
+        {"UPDATE plain SET amount = 1#12/31/1899#", engine::SyntaxError, unchanged},
+        {"UPDATE plain SET amount = #12/31/1899#.5", engine::SyntaxError, unchanged},
+        {"UPDATE plain SET code = 'a'\"b\"", engine::SyntaxError, unchanged},
+        {"UPDATE plain SET code = x'41'", engine::SyntaxError, unchanged},
+        {"UPDATE plain SET amount = :amount", engine::SyntaxError, unchanged},
+        {"UPDATE plain SET amount = amount<<1", engine::SyntaxError, unchanged},
+        // A line break inside a string is part of the string.
+        {"UPDATE plain SET code = 'x\ny' WHERE amount = 2", 0, {"a 1", "x\ny 2", "c 3"}},
+    };
+    for (const auto& c : cases) {
+        db->execute("DELETE FROM plain");
+        db->execute("INSERT INTO plain (code, amount) VALUES ('a', 1), ('b', 2), ('c', 3)");
+        EXPECT_EQ(errorOf([&] { db->execute(c.sql); }), c.number) << c.sql.toStdString();
+        EXPECT_EQ(names("SELECT code & ' ' & amount AS name FROM plain ORDER BY rowid"), c.rows)
+            << c.sql.toStdString();
+    }
 }
 
 TEST_F(EngineTest, PropertiesAndClosedObjects) {

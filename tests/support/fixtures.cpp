@@ -10,6 +10,13 @@
 
 #include <QFile>
 
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
 namespace testing_support {
 
 int errorOf(const std::function<void()>& action) {
@@ -70,6 +77,46 @@ void SessionTest::SetUp() {
 void SessionTest::TearDown() {
     endSession();
     SeamTest::TearDown();
+}
+
+OtherProgram::OtherProgram(const QString& path, const char* statements) {
+    int ready[2];
+    int letGo[2];
+    if (pipe(ready) != 0 || pipe(letGo) != 0) {
+        ADD_FAILURE() << "no pipe to the other program";
+        return;
+    }
+    child_ = fork();
+    if (child_ == 0) {
+        sqlite3* other = nullptr;
+        sqlite3_open(path.toUtf8().constData(), &other);
+        sqlite3_exec(other, statements, nullptr, nullptr, nullptr);
+        char byte = 'x';
+        (void)!write(ready[1], &byte, 1);
+        (void)!read(letGo[0], &byte, 1);
+        sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+        _exit(0);
+    }
+    close(ready[1]);
+    close(letGo[0]);
+    letGo_ = letGo[1];
+    char byte;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1) << "the other program never took its lock";
+    close(ready[0]);
+}
+
+void OtherProgram::letGo() {
+    if (child_ <= 0) {
+        return;
+    }
+    (void)!write(letGo_, "x", 1);
+    close(letGo_);
+    int status = 0;
+    pid_t ended = -1;
+    while ((ended = waitpid(child_, &status, 0)) < 0 && errno == EINTR) {
+    }
+    EXPECT_EQ(ended, child_) << strerror(errno);
+    child_ = -1;
 }
 
 void endSession() {

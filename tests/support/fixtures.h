@@ -61,6 +61,28 @@ protected:
     QString databasePath;
 };
 
+// Another program with a transaction open on the database file, in a process of its own so that
+// its lock really is another process's. It holds the lock until it lets go.
+class OtherProgram {
+public:
+    // Returns once `statements`, which begin the transaction, have run.
+    OtherProgram(const QString& path, const char* statements);
+    ~OtherProgram() { letGo(); }
+    OtherProgram(const OtherProgram&) = delete;
+    OtherProgram& operator=(const OtherProgram&) = delete;
+
+    // Ends the other program's transaction and waits for it to exit.
+    void letGo();
+
+private:
+    int child_ = -1;
+    int letGo_ = -1;  // a byte written to it tells the other program to let go
+};
+
+// What another program reading the file runs: its shared lock lets this process write but not
+// commit.
+inline constexpr const char* kReading = "BEGIN; SELECT count(*) FROM sqlite_master;";
+
 // Closes the database and clears the session state a logon fills.
 void endSession();
 

@@ -139,44 +139,74 @@ Tokens tokenize(const QString& sql) {
     return tokens;
 }
 
+namespace {
+
+// One token as the embedded engine reads it.
+QString rendered(const Token& t) {
+    switch (t.kind) {
+        case Token::String:
+            return quoteString(t.text);
+        case Token::Name:
+            return quoteName(t.text);
+        case Token::DateLiteral: {
+            // Date literals are in US order whatever the machine's locale.
+            const auto serial =
+                rt::parseDateText(t.text, QLocale(QLocale::English, QLocale::UnitedStates));
+            if (!serial) {
+                throw error(SyntaxError, QStringLiteral("Syntax error in date"),
+                            "#" + t.text + "#");
+            }
+            return QString::number(*serial, 'g', 17);
+        }
+        case Token::Word:
+            if (t.isWord("true")) {
+                return QStringLiteral("-1");
+            }
+            return t.isWord("false") ? QStringLiteral("0") : t.text;
+        case Token::Symbol:
+            return t.text == "&" ? QStringLiteral("||") : t.text;
+        default:
+            return t.text;
+    }
+}
+
+// What the embedded engine takes for part of a word or a number: any character past ASCII too.
+bool isEngineWordChar(QChar c) {
+    return isWordChar(c) || c.unicode() >= 0x80;
+}
+
+// Whether the embedded engine would read two tokens written with nothing between them as other
+// tokens than these two. The dialect has no comments and no parameter markers, so where the
+// engine would join them only a blank keeps the meaning.
+bool runTogether(const QString& before, const QString& after) {
+    static const QStringList operatorsAndComments = {
+        "--", "/*", "->", "<<", ">>", "<=", ">=", "<>", "==", "!=", "||"};
+    const QChar last = before.back();
+    const QChar next = after.front();
+    bool number = false;
+    before.toDouble(&number);
+    const bool wordGoesOn =
+        isEngineWordChar(next) && (isEngineWordChar(last) || last == ':' || last == '@');
+    const bool blob = isEngineWordChar(last) && next == '\'';  // x'41'
+    const bool numberGoesOn = number && next == '.';           // 36526 .5
+    const bool quoteDoubled = last == next && (last == '\'' || last == '"');
+    return wordGoesOn || blob || numberGoesOn || quoteDoubled ||
+           operatorsAndComments.contains(QString(last) + next);
+}
+
+}  // namespace
+
 QString render(const Tokens& tokens, size_t first, size_t last) {
     QString out;
+    QString previous;
     last = std::min(last, tokens.size());
     for (size_t i = first; i < last; ++i) {
-        const Token& t = tokens[i];
-        switch (t.kind) {
-            case Token::String:
-                out += quoteString(t.text);
-                break;
-            case Token::Name:
-                out += quoteName(t.text);
-                break;
-            case Token::DateLiteral: {
-                // Date literals are in US order whatever the machine's locale.
-                const auto serial =
-                    rt::parseDateText(t.text, QLocale(QLocale::English, QLocale::UnitedStates));
-                if (!serial) {
-                    throw error(SyntaxError, QStringLiteral("Syntax error in date"),
-                                "#" + t.text + "#");
-                }
-                out += QString::number(*serial, 'g', 17);
-                break;
-            }
-            case Token::Word:
-                if (t.isWord("true")) {
-                    out += QStringLiteral("-1");
-                } else if (t.isWord("false")) {
-                    out += QStringLiteral("0");
-                } else {
-                    out += t.text;
-                }
-                break;
-            case Token::Symbol:
-                out += t.text == "&" ? QStringLiteral("||") : t.text;
-                break;
-            default:
-                out += t.text;
+        const QString text = rendered(tokens[i]);
+        if (!previous.isEmpty() && runTogether(previous, text)) {
+            out += ' ';
         }
+        out += text;
+        previous = text;
     }
     return out;
 }

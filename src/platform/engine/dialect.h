@@ -23,7 +23,8 @@ using Tokens = std::vector<Token>;
 Tokens tokenize(const QString& sql);
 
 // The tokens as the embedded engine reads them: strings in single quotes, names in double
-// quotes, dates as day serials, True and False as -1 and 0, & as ||.
+// quotes, dates as day serials, True and False as -1 and 0, & as ||, and a blank between two
+// tokens wherever the engine would otherwise read them as one or as a comment.
 QString render(const Tokens& tokens, size_t first = 0, size_t last = size_t(-1));
 
 // Indexes of the tokens outside any parentheses that are not blanks.

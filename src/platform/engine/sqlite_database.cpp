@@ -209,7 +209,6 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
         attach.step();
         schema = kIntoSchema;
     }
-    const bool ownTransaction = sqlite3_get_autocommit(db) != 0;
     auto finish = [&] {
         if (external) {
             sqlite3_exec(db, ("DETACH DATABASE " + kIntoSchema).toUtf8().constData(), nullptr,
@@ -220,9 +219,7 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
         if (tableExists(db, schema, statement.intoTable)) {
             throw error(TableExists, statement.intoTable);
         }
-        if (ownTransaction) {
-            run(db, QStringLiteral("BEGIN IMMEDIATE"));
-        }
+        OwnTransaction transaction(db);
         const QString target = schema + "." + quoteName(statement.intoTable);
         const QString source = dialect::render(statement.intoSource);
         if (!statement.intoSourceTable.isEmpty()) {
@@ -242,13 +239,8 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
         } else {
             run(db, "CREATE TABLE " + target + " AS " + source, dialect::render(statement.tokens));
         }
-        if (ownTransaction) {
-            run(db, QStringLiteral("COMMIT"));
-        }
+        transaction.commit();
     } catch (...) {
-        if (ownTransaction && sqlite3_get_autocommit(db) == 0) {
-            sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-        }
         finish();
         throw;
     }
@@ -294,14 +286,21 @@ void SqliteDatabase::setProperty(const QString& name, const rt::Variant& value) 
     write.step();
 }
 
+int& SqliteDatabase::openLevels() {
+    // SQLite ends a transaction by itself on some failures (a full disk, a conflict clause of
+    // ROLLBACK, the undoing of a unit whose commit failed); the levels counted went with it.
+    if (sqlite3_get_autocommit(connection_->handle())) {
+        connection_->transactionDepth = 0;
+    }
+    return connection_->transactionDepth;
+}
+
 void SqliteDatabase::beginTrans() {
     sqlite3* db = connection_->handle();
-    if (connection_->transactionDepth == 0) {
-        run(db, QStringLiteral("BEGIN IMMEDIATE"));
-    } else {
-        run(db, QStringLiteral("SAVEPOINT level%1").arg(connection_->transactionDepth));
-    }
-    ++connection_->transactionDepth;
+    int& depth = openLevels();
+    run(db, depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
+                       : QStringLiteral("SAVEPOINT level%1").arg(depth));
+    ++depth;
 }
 
 void SqliteDatabase::commitTrans() {
@@ -314,19 +313,30 @@ void SqliteDatabase::rollback() {
 
 void SqliteDatabase::endTransaction(bool keep) {
     sqlite3* db = connection_->handle();
-    if (connection_->transactionDepth == 0) {
+    int& depth = openLevels();
+    if (depth == 0) {
         throw error(NoTransaction);
     }
-    --connection_->transactionDepth;
-    if (connection_->transactionDepth == 0) {
-        run(db, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
-        return;
+    try {
+        if (depth == 1) {
+            run(db, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
+        } else {
+            const QString level = QStringLiteral("level%1").arg(depth - 1);
+            if (!keep) {
+                run(db, "ROLLBACK TO " + level);
+            }
+            run(db, "RELEASE " + level);
+        }
+    } catch (const rt::Error&) {
+        // A unit whose commit failed is undone whole: left open, it would take in every later
+        // statement only to lose them at close. A nested level that couldn't be ended stays open
+        // for the caller to roll back.
+        if (depth == 1) {
+            abandonTransaction(db);
+        }
+        throw;
     }
-    const QString level = QStringLiteral("level%1").arg(connection_->transactionDepth);
-    if (!keep) {
-        run(db, "ROLLBACK TO " + level);
-    }
-    run(db, "RELEASE " + level);
+    --depth;
 }
 
 }  // namespace engine

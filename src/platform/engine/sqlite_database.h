@@ -31,6 +31,8 @@ public:
 private:
     SqliteDatabase(std::shared_ptr<Connection> connection, QString path);
     void selectInto(const dialect::Statement& statement);
+    // The levels of transaction open, squared with SQLite first: the count is read only here.
+    int& openLevels();
     // Commits or rolls back the innermost transaction.
     void endTransaction(bool keep);
 

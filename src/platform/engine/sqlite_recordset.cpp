@@ -361,43 +361,30 @@ qint64 SqliteRecordset::reserveCounter(const Column& counter) {
     // The counter is taken at AddNew, as the engine does, so that the new row's id can be read
     // before Update; a cancelled row leaves its number unused.
     sqlite3* handle = db();
-    const bool ownTransaction = sqlite3_get_autocommit(handle) != 0;
-    if (ownTransaction) {
-        run(handle, QStringLiteral("BEGIN IMMEDIATE"));
+    OwnTransaction transaction(handle);
+    Prepared highest(handle,
+                     "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
+                     "COALESCE((SELECT max(" +
+                         quoteName(counter.baseColumn) + ") FROM " + quoteName(table_) + "), 0))",
+                     source_);
+    highest.bind(1, rt::Variant(table_));
+    highest.step();
+    const qint64 next = sqlite3_column_int64(highest.get(), 0) + 1;
+    Prepared store(handle, QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"),
+                   source_);
+    store.bind(1, rt::Variant(next));
+    store.bind(2, rt::Variant(table_));
+    store.step();
+    if (sqlite3_changes(handle) == 0) {
+        Prepared add(handle,
+                     QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?2, ?1)"),
+                     source_);
+        add.bind(1, rt::Variant(next));
+        add.bind(2, rt::Variant(table_));
+        add.step();
     }
-    try {
-        Prepared highest(
-            handle,
-            "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
-            "COALESCE((SELECT max(" +
-                quoteName(counter.baseColumn) + ") FROM " + quoteName(table_) + "), 0))",
-            source_);
-        highest.bind(1, rt::Variant(table_));
-        highest.step();
-        const qint64 next = sqlite3_column_int64(highest.get(), 0) + 1;
-        Prepared store(
-            handle, QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"), source_);
-        store.bind(1, rt::Variant(next));
-        store.bind(2, rt::Variant(table_));
-        store.step();
-        if (sqlite3_changes(handle) == 0) {
-            Prepared add(handle,
-                         QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?2, ?1)"),
-                         source_);
-            add.bind(1, rt::Variant(next));
-            add.bind(2, rt::Variant(table_));
-            add.step();
-        }
-        if (ownTransaction) {
-            run(handle, QStringLiteral("COMMIT"));
-        }
-        return next;
-    } catch (...) {
-        if (ownTransaction) {
-            sqlite3_exec(handle, "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-        throw;
-    }
+    transaction.commit();
+    return next;
 }
 
 void SqliteRecordset::addNew() {

@@ -160,6 +160,31 @@ void run(sqlite3* db, const QString& sql, const QString& original) {
     }
 }
 
+void abandonTransaction(sqlite3* db) {
+    if (!sqlite3_get_autocommit(db)) {
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+OwnTransaction::OwnTransaction(sqlite3* db) : db_(db), open_(sqlite3_get_autocommit(db) != 0) {
+    if (open_) {
+        run(db_, QStringLiteral("BEGIN IMMEDIATE"));
+    }
+}
+
+OwnTransaction::~OwnTransaction() {
+    if (open_) {
+        abandonTransaction(db_);
+    }
+}
+
+void OwnTransaction::commit() {
+    if (open_) {
+        run(db_, QStringLiteral("COMMIT"));
+        open_ = false;
+    }
+}
+
 int fieldTypeOf(const QString& declared) {
     const QString d = declared.toUpper();
     if (d.isEmpty()) {

@@ -52,6 +52,27 @@ private:
 // Runs one statement that returns nothing.
 void run(sqlite3* db, const QString& sql, const QString& original = QString());
 
+// Undoes the transaction SQLite has open, if any; for failure paths, which report their own
+// failure rather than this one's.
+void abandonTransaction(sqlite3* db);
+
+// A transaction the engine begins for statements of its own that must all be done or none,
+// when no transaction is open already (inside one, they belong to it). What isn't committed is
+// undone when it ends, also when the commit itself fails, so that SQLite is never left in a
+// transaction that nobody will end.
+class OwnTransaction {
+public:
+    explicit OwnTransaction(sqlite3* db);
+    ~OwnTransaction();
+    OwnTransaction(const OwnTransaction&) = delete;
+    OwnTransaction& operator=(const OwnTransaction&) = delete;
+    void commit();
+
+private:
+    sqlite3* db_;
+    bool open_;
+};
+
 // The engine type of a declared column type; 0 where the declaration says nothing.
 int fieldTypeOf(const QString& declaredType);
 qint32 fieldSizeOf(int type, const QString& declaredType);
