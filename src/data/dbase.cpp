@@ -45,6 +45,19 @@ bool DBase::DBInit(const QString& localDBS) {
     }
 }
 
+bool DBase::RunAsOneUnit(const std::function<void()>& command) {
+    try {
+        engine::Transaction unit(db());
+        command();
+        unit.commit();
+        return true;
+    } catch (const rt::Error& failure) {
+        ShowIdle();
+        ShowMsg(failure.description());
+        return false;
+    }
+}
+
 void DBase::Check1stRun() {
     // First-run provisioning from the installer's temp.tmp joins here with its own step; until
     // then an open provisions nothing.

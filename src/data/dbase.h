@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 // The one open database of a run. All SQL passes through OpenRecordset and Execute; every
@@ -19,6 +20,9 @@ public:
     // False when either fails.
     bool DBInit(const QString& localDBS);
     void Check1stRun();
+    // Runs a command that writes more than one statement as one unit: a failure undoes all it
+    // wrote, shows the engine's message and gives False, and the administrator may try again.
+    bool RunAsOneUnit(const std::function<void()>& command);
 
     std::unique_ptr<engine::Database> theDb;
 

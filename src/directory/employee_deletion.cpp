@@ -1,5 +1,7 @@
 #include "directory/employee_deletion.h"
 
+#include "data/dbase.h"
+
 // The employee's own data, removed whatever the choice: settings, planner, billing codes,
 // automation, budgets, business development, reports and models.
 QStringList PersonalStatements(const QString& id) {
@@ -82,4 +84,15 @@ QStringList ClosingStatements(const QString& id) {
         "DELETE FROM extaccess WHERE extid = " + id,
         "DELETE FROM users WHERE id = " + id,
     };
+}
+
+void DeleteEmployee(qint32 id, std::optional<qint32> receiver) {
+    const QString employee = QString::number(id);
+    QStringList statements = PersonalStatements(employee);
+    statements += receiver ? HandOverStatements(employee, QString::number(*receiver))
+                           : AllDataStatements(employee);
+    statements += ClosingStatements(employee);
+    for (const QString& statement : statements) {
+        gDBase.Execute(statement);
+    }
 }

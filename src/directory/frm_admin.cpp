@@ -207,7 +207,7 @@ void frmAdmin::StartSession() {
         // Tested after validation, so a good logon's settings are written by now.
         if (gAccessLevel != kAdministratorLevel) {
             ShowMsg(QStringLiteral("You must be an administrator to access this program."));
-            End();
+            End(platform::kExitFailure);
         }
         ShowBusy();
         InitTerminology();
@@ -216,7 +216,8 @@ void frmAdmin::StartSession() {
         show();
         ShowIdle();
     } catch (const rt::Error& failure) {
-        ShowMsg(failure.description());
+        // A console without its cursors would fail at the first command: the run ends here.
+        platform::failRun(failure);
     }
 }
 
@@ -401,32 +402,38 @@ void frmAdmin::cmdDelete_Click() {
         return;
     }
     const QString id = QString::number(findSelected(*directory));
-    const int question = platform::Msg::YesNo | platform::Msg::DefaultButton2;
     // The kinds differ on purpose: equipment clears extaccess by extid, a branch clears no
     // planner items, and a branch's watch rows go before the question is even asked.
+    QString question;
+    QStringList statements;
     if (directory->type == 3) {
         gDBase.Execute("DELETE from watch_branch WHERE branchid = " + id);
-        if (ShowMsg(QStringLiteral("Are you sure you want to delete this branch?"), question) !=
-            platform::Msg::Yes) {
-            return;
-        }
-        gDBase.Execute("DELETE FROM extaccess WHERE userid = " + id);
+        question = QStringLiteral("Are you sure you want to delete this branch?");
+        statements << "DELETE FROM extaccess WHERE userid = " + id;
     } else {
-        const QString kind =
-            directory->type == 1 ? QStringLiteral("workgroup") : QStringLiteral("equipment");
-        if (ShowMsg("Are you sure you want to delete this " + kind +
-                        " and any planner items associated with it?",
-                    question) != platform::Msg::Yes) {
-            return;
-        }
-        const QString links = directory->type == 1
-                                  ? QStringLiteral("DELETE FROM extaccess WHERE userid = ")
-                                  : QStringLiteral("DELETE FROM extaccess WHERE extid = ");
-        gDBase.Execute(links + id);
-        gDBase.Execute("DELETE FROM reminder WHERE userid = " + id);
+        const bool workgroup = directory->type == 1;
+        question = QStringLiteral(
+                       "Are you sure you want to delete this %1 and any planner items "
+                       "associated with it?")
+                       .arg(workgroup ? "workgroup" : "equipment");
+        statements << (workgroup ? "DELETE FROM extaccess WHERE userid = "
+                                 : "DELETE FROM extaccess WHERE extid = ") +
+                          id
+                   << "DELETE FROM reminder WHERE userid = " + id;
     }
-    (*directory->cursor)->Delete();
-    removeSelectedRow(*directory);
+    if (ShowMsg(question, platform::Msg::YesNo | platform::Msg::DefaultButton2) !=
+        platform::Msg::Yes) {
+        return;
+    }
+    const bool deleted = gDBase.RunAsOneUnit([&] {
+        for (const QString& statement : statements) {
+            gDBase.Execute(statement);
+        }
+        (*directory->cursor)->Delete();
+    });
+    if (deleted) {
+        removeSelectedRow(*directory);
+    }
 }
 
 void frmAdmin::deleteEmployee(const Directory& directory) {

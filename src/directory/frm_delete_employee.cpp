@@ -96,35 +96,52 @@ void frmDeleteEmployee::cmdCancel_Click() {
     hide();
 }
 
-int frmDeleteEmployee::receiverIndex() const {
-    const int index = cmbEmployee->currentIndex();
-    return index >= 0 && cmbEmployee->currentText() == cmbEmployee->itemText(index) ? index : -1;
-}
-
-void frmDeleteEmployee::execute(const QStringList& statements) const {
-    for (const QString& statement : statements) {
-        gDBase.Execute(statement);
+std::optional<qint32> frmDeleteEmployee::chosenReceiver() const {
+    const QString typed = cmbEmployee->currentText();
+    const int current = cmbEmployee->currentIndex();
+    if (current >= 0 && cmbEmployee->itemText(current) == typed) {
+        return cmbEmployee->itemData(current).toInt();
     }
+    // A name typed in full counts when it is the name of exactly one item.
+    std::optional<qint32> receiver;
+    for (int i = 0; i < cmbEmployee->count(); ++i) {
+        if (cmbEmployee->itemText(i) == typed) {
+            if (receiver) {
+                return std::nullopt;
+            }
+            receiver = cmbEmployee->itemData(i).toInt();
+        }
+    }
+    return receiver;
 }
 
 void frmDeleteEmployee::cmdOK_Click() {
+    // The data goes to the employee whose name was chosen, and to no one else: a name that isn't
+    // offered stops before anything is asked or deleted.
+    std::optional<qint32> receiver;
+    if (!optAll->isChecked()) {
+        receiver = chosenReceiver();
+        if (!receiver) {
+            ShowMsg(QStringLiteral("Choose from the list the employee who is to receive the "
+                                   "data, or choose to delete all of the employee's data."),
+                    platform::Msg::OKOnly | platform::Msg::Exclamation,
+                    QStringLiteral("Delete Employee"));
+            cmbEmployee->setFocus();
+            return;
+        }
+    }
     if (ShowMsg(QStringLiteral("Are you sure you want to delete this user?"),
-                platform::Msg::YesNo) != platform::Msg::Yes) {
+                platform::Msg::YesNo | platform::Msg::DefaultButton2) != platform::Msg::Yes) {
         return;
     }
     bCanceled = false;
     ShowBusy();
-    const QString employee = QString::number(id);
-    execute(PersonalStatements(employee));
-    if (optAll->isChecked()) {
-        execute(AllDataStatements(employee));
-    } else {
-        // The receiver is the session's entry at the chosen position, as it always was: entry 0
-        // is the current user, so it need not be the name the list shows.
-        const QString receiver = QString::number(gUsers(receiverIndex()).id);
-        execute(HandOverStatements(employee, receiver));
+    // All of it or nothing: a failure leaves the employee and every row as they were, and the
+    // window open for another try or Cancel.
+    if (!gDBase.RunAsOneUnit([this, receiver] { DeleteEmployee(id, receiver); })) {
+        bCanceled = true;
+        return;
     }
-    execute(ClosingStatements(employee));
     hide();
     DoEvents();
     ShowIdle();

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+#include <optional>
+
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -37,9 +39,9 @@ protected:
 
 private:
     void Form_Load();
-    // The index of the chosen receiver: -1 when the text names none of the items.
-    int receiverIndex() const;
-    void execute(const QStringList& statements) const;
+    // The users.id of the employee whose name was chosen; nothing when the text names none of
+    // the items, or more than one.
+    std::optional<qint32> chosenReceiver() const;
 
     ReportList* employees_;
 };

@@ -266,6 +266,12 @@ bool frmEmployee::SaveIt() {
         taken->CloseRS();
     }
 
+    // The entry and its extaccess rows are saved whole or not at all; after a failure the form
+    // stays for another try.
+    return !gDBase.RunAsOneUnit([this] { writeEntry(); });
+}
+
+void frmEmployee::writeEntry() {
     if (!bNew) {
         rs->Edit();
     }
@@ -295,5 +301,4 @@ bool frmEmployee::SaveIt() {
         gDBase.Execute("INSERT INTO extaccess (userid,extid) VALUES(" + id + "," +
                        QString::number(extid) + ")");
     }
-    return false;
 }

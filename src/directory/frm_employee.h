@@ -64,6 +64,8 @@ private:
     qint32 entryId();
     // The ids of the ticked rows of lstExtended, top to bottom.
     std::vector<qint32> tickedEntries() const;
+    // The row through the cursor, then its extaccess rows.
+    void writeEntry();
     bool refuse(const QString& text, const QString& title, QWidget* focus);
 
     qint16 nType = 0;

@@ -69,7 +69,10 @@ void frmStartUp::buildControls() {
     txtLogon = textBox(Frame1, "txtLogon", QRect(90, 20, 166, 24), 8);
     txtPassword = textBox(Frame1, "txtPassword", QRect(90, 52, 166, 24), 8);
     txtPassword->setEchoMode(QLineEdit::Password);
-    txtPassword->setStyle(new AsteriskStyle);
+    // A widget doesn't own the style it is given.
+    auto* asterisks = new AsteriskStyle;
+    asterisks->setParent(txtPassword);
+    txtPassword->setStyle(asterisks);
     chkPassword = place<QCheckBox>(Frame1, "chkPassword", QRect(90, 86, 166, 22), "&Save Password");
 
     cmdOK = place<QPushButton>(this, "cmdOK", QRect(290, 56, 86, 28), "&Logon");
@@ -121,7 +124,8 @@ bool frmStartUp::ShowMe(bool bIsDocsIN, bool, bool bIsAdminIn) {
     }
     DoEvents();
     if (bCanceled) {
-        End();
+        // From the command line nobody is waiting to try again: the logon failed.
+        End(CommandLine().isEmpty() ? platform::kExitNormal : platform::kExitFailure);
     }
     DoEvents();
     hide();

@@ -125,7 +125,7 @@ bool ValidateLogon(LogonWindow& frm, const QString& sServer, bool bIsDocsIN, boo
     std::unique_ptr<RecSet> rsSysinfo;
     if (!VerifyOnLogon(rsSysinfo)) {
         ShowIdle();
-        End();
+        End(platform::kExitFailure);
     }
 
     ShowBusy();

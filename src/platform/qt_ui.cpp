@@ -164,11 +164,11 @@ void QtUi::showHelp(const QString& file) {
     }
 }
 
-void QtUi::endRun() {
+void QtUi::endRun(int exitStatus) {
     // The run ends at once, as the program's End statement does: no window is unloaded and the
     // database is left to the engine, whose every statement is already committed.
     std::fflush(nullptr);
-    std::_Exit(0);
+    std::_Exit(exitStatus);
 }
 
 }  // namespace platform

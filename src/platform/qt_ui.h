@@ -14,7 +14,7 @@ public:
     std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
     int launch(const QString& file) override;
     void showHelp(const QString& file) override;
-    [[noreturn]] void endRun() override;
+    [[noreturn]] void endRun(int exitStatus) override;
 
 private:
     bool busy_ = false;

@@ -62,8 +62,9 @@ void ScriptedUi::showHelp(const QString& file) {
     helpShown.push_back(file);
 }
 
-void ScriptedUi::endRun() {
+void ScriptedUi::endRun(int status) {
     ended = true;
+    exitStatus = status;
     throw RunEnded{};
 }
 

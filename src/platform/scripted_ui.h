@@ -42,6 +42,7 @@ public:
     int busyChanges = 0;
     int eventRuns = 0;
     bool ended = false;
+    int exitStatus = -1;  // of the end of the run, once it ended
 
     int messageBox(const QString& text, int style, const QString& title) override;
     void showModal(QWidget* window, QWidget* owner) override;
@@ -50,7 +51,7 @@ public:
     std::optional<QString> openFileDialog(const FileDialogRequest& request) override;
     int launch(const QString& file) override;
     void showHelp(const QString& file) override;
-    [[noreturn]] void endRun() override;
+    [[noreturn]] void endRun(int exitStatus) override;
 
     // The texts of all messages shown so far.
     std::vector<QString> texts() const;

@@ -39,7 +39,7 @@ void setUi(Ui* seam) {
 
 void failRun(const rt::Error& error) {
     ShowMsg(error.description());
-    End();
+    End(kExitFailure);
 }
 
 }  // namespace platform
@@ -61,7 +61,7 @@ void DoEvents() {
     platform::ui().doEvents();
 }
 
-void End() {
-    platform::ui().endRun();
+void End(int exitStatus) {
+    platform::ui().endRun(exitStatus);
     std::abort();  // endRun never comes back; this keeps the promise if a seam breaks it
 }

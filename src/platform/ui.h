@@ -54,6 +54,11 @@ struct FileDialogRequest {
     bool mustExist = false;
 };
 
+// Exit statuses of a run: scripts that start the console with a logon on its command line can
+// tell a run that ended in a failure or a refused logon from one the user ended.
+constexpr int kExitNormal = 0;
+constexpr int kExitFailure = 1;
+
 // Thrown by the scripted seam at the end of the run, so that a test sees where the run ended.
 struct RunEnded {};
 
@@ -76,7 +81,8 @@ public:
     virtual int launch(const QString& file) = 0;
     // Opens the help file on its index.
     virtual void showHelp(const QString& file) = 0;
-    [[noreturn]] virtual void endRun() = 0;
+    // Ends the process with that exit status.
+    [[noreturn]] virtual void endRun(int exitStatus) = 0;
 };
 
 Ui& ui();
@@ -106,4 +112,4 @@ int ShowMsg(const QString& prompt, int buttons = platform::Msg::OKOnly,
 void ShowBusy();
 void ShowIdle();
 void DoEvents();
-[[noreturn]] void End();
+[[noreturn]] void End(int exitStatus = platform::kExitNormal);

@@ -122,6 +122,18 @@ void ReportList::finishFill() {
     }
 }
 
+void ReportList::selectionChanged(const QItemSelection& selected,
+                                  const QItemSelection& deselected) {
+    QTreeWidget::selectionChanged(selected, deselected);
+    // A click below the rows, Ctrl+click or Ctrl+Space would leave no row selected: the row that
+    // lost the selection keeps it.
+    if (rowCount() == 0 || !selectedItems().isEmpty() || deselected.isEmpty()) {
+        return;
+    }
+    const QModelIndex lost = deselected.indexes().constFirst();
+    selectRow(lost.isValid() ? std::min(lost.row(), rowCount() - 1) : 0);
+}
+
 void ReportList::mouseDoubleClickEvent(QMouseEvent* event) {
     QTreeWidget::mouseDoubleClickEvent(event);
     if (onDoubleClick) {

@@ -7,7 +7,8 @@
 // A list of rows in columns, as the console's lists are: each row has a text, cells behind it in
 // column order, and a tag that leads back to its record. A click on a column head is the
 // caller's to handle; once the list has been sorted it stays sorted by that column and order
-// whenever it is filled again, while a row added later goes at the end.
+// whenever it is filled again, while a row added later goes at the end. Once filled, a list with
+// rows always has a selected row, whatever the mouse or keyboard does: the commands act on it.
 class ReportList : public QTreeWidget {
 public:
     ReportList(const QString& name, QWidget* parent = nullptr);
@@ -43,6 +44,8 @@ public:
 
 protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void selectionChanged(const QItemSelection& selected,
+                          const QItemSelection& deselected) override;
 
 private:
     int sortColumn_ = -1;

@@ -165,13 +165,30 @@ TEST_F(ConsoleTest, OneSortOrderAlternatesAcrossAllLists) {
     EXPECT_EQ(column(console.lstEmployees, 3), "1,12,2,4,5");
 }
 
-TEST_F(ConsoleTest, ALevelOutsideTheTenStopsTheFirstFill) {
-    demo->execute("UPDATE users SET accLevel = 11 WHERE id = 3");
-    SetCommandLine("-ladmin -porvane");
-    console.Form_Activate();  // the start of the run shows the failure and leaves the console as it
-                              // stands
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
-    EXPECT_FALSE(console.isVisible());
+// A failure on the way to a filled console ends the run, with a status that says so: a console
+// without its cursors would fail at the first command.
+TEST_F(ConsoleTest, AFailureBeforeTheConsoleIsFilledEndsTheRun) {
+    const struct {
+        const char* fault;
+        const char* message;
+    } cases[] = {
+        {"UPDATE users SET accLevel = 11 WHERE id = 3", "Subscript out of range"},
+        {"UPDATE users SET accLevel = NULL WHERE id = 1", "Item not found in this collection."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fault);
+        ui.messages.clear();
+        demo->execute(c.fault);
+        SetCommandLine("-ladmin -porvane");
+        frmAdmin fresh;
+        EXPECT_THROW(fresh.Form_Activate(), RunEnded);
+        EXPECT_EQ(ui.texts(), std::vector<QString>{c.message});
+        EXPECT_EQ(ui.exitStatus, platform::kExitFailure);
+        EXPECT_FALSE(fresh.isVisible());
+        demo->execute("UPDATE users SET accLevel = 10 WHERE id = 1");
+        demo->execute("UPDATE users SET accLevel = 1 WHERE id = 3");
+        testing_support::endSession();
+    }
 }
 
 TEST_F(ConsoleTest, ALevelOutsideTheTenInALaterFillEndsTheRun) {

@@ -44,6 +44,7 @@ protected:
         // Brian's charge and invoice on Carmen's account.
         run("INSERT INTO charges (id, accid, userid) VALUES (150, 201, 2)");
         run("INSERT INTO invoice (id, accid, userid) VALUES (150, 201, 2)");
+        engine::setLockWait(300);  // the console's connection waits this long for a lock
         SetCommandLine("-ladmin -porvane");
         console.Form_Activate();
         before = counts();
@@ -51,6 +52,7 @@ protected:
     void TearDown() override {
         console.hide();
         db->close();
+        engine::setLockWait(3000);
         DemoTest::TearDown();
     }
     void run(const QString& sql) { db->execute(sql); }
@@ -156,12 +158,9 @@ TEST_F(EmployeeDeletionTest, AllDataLeavesNothingOfTheEmployeeAndTouchesNoOneEls
 }
 
 TEST_F(EmployeeDeletionTest, HandingOverGivesTheBusinessDataAndRemovesThePersonal) {
-    // The receiver is the session's entry at the chosen position, not the name the list shows:
-    // item 1 shows Carmen, and entry 1 is made Derek here to see the data arrive with him.
-    gUsers(1).id = 4;
     deleteBrian([](frmDeleteEmployee* w) {
         EXPECT_TRUE(w->optGive->isChecked());
-        w->cmbEmployee->setCurrentIndex(1);
+        w->cmbEmployee->setCurrentIndex(2);  // Derek
     });
     const std::map<QString, qint32> after = counts();
     const std::map<QString, qint32> personal = {
@@ -185,27 +184,74 @@ TEST_F(EmployeeDeletionTest, HandingOverGivesTheBusinessDataAndRemovesThePersona
     EXPECT_EQ(count("SELECT count(*) FROM clients WHERE userid = 3"), 3);
 }
 
-TEST_F(EmployeeDeletionTest, TheReceiverIsTakenByPositionNotByTheNameShown) {
-    ASSERT_GE(gUserCount, 3);
-    const qint32 receiver = gUsers(2).id;  // whatever the session holds at position 2
-    deleteBrian([](frmDeleteEmployee* w) { w->cmbEmployee->setCurrentIndex(2); });
-    EXPECT_EQ(count("SELECT userid FROM clients WHERE id = 101"), receiver);
-}
+// The data goes to the employee whose name was chosen, at every position of the list, on a
+// list sorted against the session's own order of entries.
+class HandOverReceiverTest : public EmployeeDeletionTest,
+                             public ::testing::WithParamInterface<int> {};
 
-TEST_F(EmployeeDeletionTest, AReceiverTheListDoesNotHaveFailsAfterThePersonalStatements) {
-    console.lstEmployees->selectRow(1);
-    ui.modalScripts.push_back([](QWidget* w) {
+TEST_P(HandOverReceiverTest, TheReceiverIsTheEmployeeWhoseNameWasChosen) {
+    console.lstColumnClick(console.lstEmployees, 0);  // descending: Erin, Derek, Carmen, Brian
+    QString chosen;
+    console.lstEmployees->selectRow(3);
+    ui.modalScripts.push_back([&](QWidget* w) {
         auto* window = static_cast<frmDeleteEmployee*>(w);
-        window->cmbEmployee->setEditText("Nobody at all");
-        window->cmdOK_Click();
+        window->cmbEmployee->setCurrentIndex(GetParam());
+        chosen = window->cmbEmployee->currentText();
+        window->cmdOK->click();
     });
     ui.answers.push_back(Yes);
-    EXPECT_THROW(platform::runHandler([this] { console.cmdDelete_Click(); }), RunEnded);
-    EXPECT_EQ(ui.texts().back(), "Subscript out of range");
-    EXPECT_EQ(count("SELECT count(*) FROM reminder WHERE userid = 2"),
-              0);  // statements 1 to 12 stay done
-    EXPECT_EQ(count("SELECT count(*) FROM clients WHERE userid = 2"), 2);
-    EXPECT_EQ(count("SELECT count(*) FROM users WHERE id = 2"), 1);
+    console.cmdDelete_Click();
+    ASSERT_FALSE(chosen.isEmpty());
+    const qint32 receiver = count("SELECT id FROM users WHERE Name = '" + chosen + "'");
+    EXPECT_EQ(count("SELECT userid FROM clients WHERE id = 101"), receiver) << chosen.toStdString();
+    EXPECT_EQ(count("SELECT userid FROM lists WHERE id = 101"), receiver) << chosen.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPosition, HandOverReceiverTest, ::testing::Range(0, 4));
+
+TEST_F(EmployeeDeletionTest, ANameTypedInCountsOnlyWhenTheListHasIt) {
+    console.lstEmployees->selectRow(1);
+    ui.modalScripts.push_back([&](QWidget* w) {
+        auto* window = static_cast<frmDeleteEmployee*>(w);
+        window->cmbEmployee->setEditText("Nobody at all");
+        window->cmdOK->click();  // stopped before the question: nothing ran
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_TRUE(window->bCanceled);
+        EXPECT_EQ(counts(), before);
+        window->cmbEmployee->setEditText("Derek Evans");  // typed, not chosen
+        window->cmdOK->click();
+    });
+    ui.answers = {platform::Msg::OK, Yes};
+    console.cmdDelete_Click();
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[0].title, "Delete Employee");
+    EXPECT_EQ(ui.messages[1].text, "Are you sure you want to delete this user?");
+    EXPECT_EQ(count("SELECT userid FROM clients WHERE id = 101"), 4);
+    EXPECT_EQ(count("SELECT count(*) FROM users WHERE id = 2"), 0);
+}
+
+TEST_F(EmployeeDeletionTest, ALockHeldByAnotherProgramUndoesTheWholeDeletion) {
+    testing_support::OtherProgram reader(demoDatabase(), testing_support::kReading);
+    console.lstEmployees->selectRow(1);
+    ui.modalScripts.push_back([&](QWidget* w) {
+        auto* window = static_cast<frmDeleteEmployee*>(w);
+        window->optAll->setChecked(true);
+        window->cmdOK->click();  // every statement runs; the commit can't
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_TRUE(window->bCanceled);
+        EXPECT_FALSE(ui.busy);
+        EXPECT_EQ(counts(), before);
+        reader.letGo();
+        window->cmdOK->click();  // and the same deletion goes through
+    });
+    ui.answers = {Yes, platform::Msg::OK, Yes};
+    console.cmdDelete_Click();
+    EXPECT_EQ(ui.texts(), std::vector<QString>({"Are you sure you want to delete this user?",
+                                                "Couldn't update; currently locked.",
+                                                "Are you sure you want to delete this user?"}));
+    EXPECT_EQ(count("SELECT count(*) FROM users WHERE id = 2"), 0);
+    EXPECT_EQ(count("SELECT count(*) FROM clients WHERE userid = 2"), 0);
+    EXPECT_EQ(console.lstEmployees->rowCount(), 4);
 }
 
 TEST_F(EmployeeDeletionTest, CancelAndNoChangeNothing) {
@@ -226,6 +272,7 @@ TEST_F(EmployeeDeletionTest, CancelAndNoChangeNothing) {
     EXPECT_EQ(console.lstEmployees->rowCount(), 5);
     EXPECT_EQ(ui.texts(), std::vector<QString>{"Are you sure you want to delete this user?"});
     EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
+    EXPECT_EQ(ui.messages[0].defaultButton, 2);  // Enter answers No
 }
 
 TEST_F(EmployeeDeletionTest, YouCannotDeleteYourself) {

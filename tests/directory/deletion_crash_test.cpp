@@ -1,0 +1,161 @@
+// An employee deletion killed at random moments in a process of its own: whatever the moment, the
+// file is sound and the employee is wholly there or wholly gone, and no one else lost a row.
+
+#include "fixtures.h"
+
+#include <QCryptographicHash>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QThread>
+
+#include <sqlite3.h>
+
+#include <random>
+
+namespace {
+
+constexpr int kRowsEach = 10000;  // clients of each owner, each with a file and its account rows
+constexpr int kTrialsEach = 10;   // for each choice
+
+// Runs SQL on the file directly, as another tool would.
+class RawFile {
+public:
+    explicit RawFile(const QString& path) { sqlite3_open(path.toUtf8().constData(), &db_); }
+    ~RawFile() { sqlite3_close(db_); }
+    void run(const QString& sql) {
+        char* message = nullptr;
+        if (sqlite3_exec(db_, sql.toUtf8().constData(), nullptr, nullptr, &message) != SQLITE_OK) {
+            ADD_FAILURE() << message << " in " << sql.toStdString();
+            sqlite3_free(message);
+        }
+    }
+    QStringList column(const QString& sql) {
+        QStringList values;
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(db_, sql.toUtf8().constData(), -1, &statement, nullptr);
+        while (sqlite3_step(statement) == SQLITE_ROW) {
+            QStringList row;
+            for (int c = 0; c < sqlite3_column_count(statement); ++c) {
+                row << QString::fromUtf8(
+                    reinterpret_cast<const char*>(sqlite3_column_text(statement, c)));
+            }
+            values << row.join('|');
+        }
+        sqlite3_finalize(statement);
+        return values;
+    }
+    // Every row of every table, in one hash.
+    QByteArray fingerprint() {
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        for (const QString& table :
+             column("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")) {
+            hash.addData(table.toUtf8());
+            for (const QString& row : column("SELECT * FROM \"" + table + "\" ORDER BY rowid")) {
+                hash.addData(row.toUtf8());
+                hash.addData("\n");
+            }
+        }
+        return hash.result();
+    }
+
+private:
+    sqlite3* db_ = nullptr;
+};
+
+class DeletionCrashTest : public testing_support::SeamTest {
+protected:
+    void SetUp() override {
+        SeamTest::SetUp();
+        seed = newDatabase(QStringLiteral("seed.mdb"));
+        RawFile file(seed);
+        file.run("BEGIN");
+        file.run(
+            "INSERT INTO users (id, Name, Logon, Password, accLevel, fslevel, Type, num) "
+            "VALUES (2, 'Brian', 'bcole', 'b', 1, 0, 0, 0), "
+            "(3, 'Carmen', 'cdiaz', 'c', 1, 0, 0, 0), (4, 'Derek', 'devans', 'd', 1, 0, 0, 0)");
+        file.run("INSERT INTO extaccess (userid, extid) VALUES (2, 3), (3, 2), (3, 4)");
+        // Brian (2) is deleted; Carmen (3) is the bystander, with as many rows of every kind.
+        for (int owner : {2, 3}) {
+            const QString rows = QStringLiteral(
+                                     "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM "
+                                     "n WHERE i < %1) SELECT %2 * 100000 + i, %2 FROM n")
+                                     .arg(kRowsEach)
+                                     .arg(owner);
+            for (const char* insert :
+                 {"clients (id, userid)", "files (id, ownerid)", "charges (accid, userid)",
+                  "invoice (accid, userid)", "trans (acc_id, amount)", "balance (accid, amount)",
+                  "history (client_id, histdate)", "reminder (userid, startd)"}) {
+                file.run(QStringLiteral("INSERT INTO %1 %2").arg(insert, rows));
+            }
+        }
+        file.run("COMMIT");
+        untouched = file.fingerprint();
+    }
+
+    // A fresh copy of the seeded file.
+    QString trialFile() {
+        const QString trial = path(QStringLiteral("trial.mdb"));
+        QFile::remove(trial);
+        QFile::remove(trial + "-journal");
+        EXPECT_TRUE(QFile::copy(seed, trial));
+        return trial;
+    }
+
+    // Runs the deletion in a child process on the file, killed `killAfter` ms after it started
+    // deleting, or let to finish; gives the milliseconds it ran for after starting.
+    qint64 runChild(const QString& file, const QStringList& choice,
+                    std::optional<int> killAfter = std::nullopt) {
+        QProcess child;
+        child.start(QStringLiteral(DELETION_CHILD), QStringList{file, "2"} + choice);
+        EXPECT_TRUE(child.waitForReadyRead(30000)) << "the child never started";
+        QElapsedTimer deleting;
+        deleting.start();
+        if (killAfter) {
+            QThread::msleep(*killAfter);
+            child.kill();
+        }
+        EXPECT_TRUE(child.waitForFinished(60000));
+        if (!killAfter) {
+            EXPECT_EQ(child.exitCode(), 0) << child.readAllStandardError().toStdString();
+        }
+        return deleting.elapsed();
+    }
+
+    QString seed;
+    QByteArray untouched;
+};
+
+TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGone) {
+    const unsigned seedOfTrials = std::random_device{}();
+    SCOPED_TRACE("random seed " + std::to_string(seedOfTrials));
+    std::mt19937 random(seedOfTrials);
+    for (const QStringList& choice : {QStringList(), QStringList{"4"}}) {
+        SCOPED_TRACE(choice.isEmpty() ? "all data" : "handed over");
+        const QString whole = trialFile();
+        const qint64 duration = runChild(whole, choice);
+        const QByteArray done = RawFile(whole).fingerprint();
+        ASSERT_NE(done, untouched);
+        int interrupted = 0;
+        for (int trial = 0; trial < kTrialsEach; ++trial) {
+            const QString file = trialFile();
+            // A little past the whole run too, so that some kills find the commit done.
+            const int killAfter =
+                std::uniform_int_distribution<int>(0, int(duration * 5 / 4))(random);
+            SCOPED_TRACE("killed after " + std::to_string(killAfter) + " ms");
+            runChild(file, choice, killAfter);
+            RawFile after(file);
+            EXPECT_EQ(after.column("PRAGMA integrity_check"), QStringList{"ok"});
+            const QByteArray state = after.fingerprint();
+            EXPECT_TRUE(state == untouched || state == done);
+            interrupted += state == untouched ? 1 : 0;
+            // The bystander's rows are part of both states; say so plainly all the same.
+            EXPECT_EQ(after.column("SELECT count(*) FROM clients WHERE userid = 3"),
+                      QStringList{QString::number(kRowsEach)});
+        }
+        RecordProperty(choice.isEmpty() ? "interruptedAllData" : "interruptedHandOver",
+                       interrupted);
+    }
+}
+
+}  // namespace
