@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QtTest/QTest>
 
 namespace {
 
@@ -80,6 +81,65 @@ protected:
     std::unique_ptr<engine::Database> demo;
     frmAdmin console;
 };
+
+// Whatever the mouse and keyboard do to a list, it keeps a selected row, so that Edit, Delete and
+// Log User Off always have an entry to act on.
+TEST_F(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
+    start();
+    const auto belowTheRows = [](ReportList* list) {
+        return QPoint(20, list->viewport()->height() - 5);
+    };
+    const auto onTheSelectedRow = [](ReportList* list) {
+        return list->visualItemRect(list->topLevelItem(*list->selectedRow())).center();
+    };
+    const struct {
+        const char* action;
+        std::function<void(ReportList*)> act;
+    } actions[] = {
+        {"a click below the rows",
+         [&](ReportList* list) {
+             QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, belowTheRows(list));
+         }},
+        {"Ctrl+click on the selected row",
+         [&](ReportList* list) {
+             QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                               onTheSelectedRow(list));
+         }},
+        {"Ctrl+Space",
+         [](ReportList* list) { QTest::keyClick(list, Qt::Key_Space, Qt::ControlModifier); }},
+        {"a double-click below the rows",
+         [&](ReportList* list) {
+             ui.modalScripts.push_back([](QWidget* w) { editorOf(w)->cmdCancel_Click(); });
+             QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, belowTheRows(list));
+         }},
+    };
+    for (int tab : {frmAdmin::Employees, frmAdmin::Workgroups, frmAdmin::Equipment}) {
+        showTab(tab);
+        auto* list = static_cast<ReportList*>(
+            console.tabAdmin->widget(tab)->findChildren<ReportList*>().constFirst());
+        list->setFocus();
+        for (const auto& a : actions) {
+            SCOPED_TRACE(std::string(a.action) + " on " + list->objectName().toStdString());
+            list->selectRow(list->rowCount() - 1);
+            const size_t editors = ui.modalWindows.size();
+            a.act(list);
+            ASSERT_TRUE(list->selectedRow().has_value());
+            EXPECT_EQ(*list->selectedRow(), list->rowCount() - 1);
+            // Each command finds its entry; none ends the run.
+            ui.modalScripts.push_back([](QWidget* w) { w->hide(); });
+            console.cmdEdit->click();
+            ui.answers.push_back(platform::Msg::No);
+            ui.modalScripts.push_back([](QWidget* w) { w->hide(); });
+            console.cmdDelete->click();
+            ui.answers.push_back(platform::Msg::No);
+            console.mnLogOff->trigger();
+            EXPECT_FALSE(ui.ended);
+            EXPECT_GE(ui.modalWindows.size(), editors + 1);
+            ui.modalScripts.clear();
+            ui.answers.clear();
+        }
+    }
+}
 
 TEST_F(ConsoleTest, TheListsShowTheirCells) {
     demo->execute("UPDATE users SET fslevel = 7 WHERE id = 5");

@@ -44,7 +44,6 @@ protected:
         // Brian's charge and invoice on Carmen's account.
         run("INSERT INTO charges (id, accid, userid) VALUES (150, 201, 2)");
         run("INSERT INTO invoice (id, accid, userid) VALUES (150, 201, 2)");
-        engine::setLockWait(300);  // the console's connection waits this long for a lock
         SetCommandLine("-ladmin -porvane");
         console.Form_Activate();
         before = counts();
@@ -52,7 +51,6 @@ protected:
     void TearDown() override {
         console.hide();
         db->close();
-        engine::setLockWait(3000);
         DemoTest::TearDown();
     }
     void run(const QString& sql) { db->execute(sql); }

@@ -4,12 +4,15 @@
 #include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_admin.h"
+#include "directory/frm_employee.h"
 #include "fixtures.h"
 #include "logon/command_line.h"
 #include "platform/convert.h"
 #include "util/report_list.h"
 
 #include <QAction>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
 #include <QTabWidget>
@@ -59,13 +62,16 @@ protected:
                 return console.lstEmployees;
         }
     }
-    // Deletes the list's row of that entry with the answer given.
-    void remove(ReportList* list, int entry, int answer) {
+    void select(ReportList* list, int entry) {
         for (int row = 0; row < list->rowCount(); ++row) {
             if (list->tag(row).toInt() == entry) {
                 list->selectRow(row);
             }
         }
+    }
+    // Deletes the list's row of that entry with the answer given.
+    void remove(ReportList* list, int entry, int answer) {
+        select(list, entry);
         ui.answers.push_back(answer);
         console.cmdDelete->click();
     }
@@ -117,6 +123,97 @@ TEST_F(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
         EXPECT_EQ(count("reminder", QString("userid = %1").arg(c.entry)), c.remindersGo ? 0 : 1);
     }
     EXPECT_EQ(count("watch_branch", "branchid = 11"), 1);
+}
+
+// Another program's lock fails each command that writes more than one statement at its commit: it
+// is undone whole, says why, and the same command goes through once the lock is gone.
+TEST_F(ConsoleCommandsTest, ACommandThatCannotCommitChangesNothingAndCanBeTriedAgain) {
+    const auto state = [this] {
+        return testing_support::rowsOf(*db, "SELECT * FROM users ORDER BY id") +
+               testing_support::rowsOf(*db, "SELECT * FROM extaccess ORDER BY userid, extid") +
+               testing_support::rowsOf(*db, "SELECT * FROM reminder ORDER BY id");
+    };
+    const auto listed = [](ReportList* list) {
+        QStringList rows;
+        for (int row = 0; row < list->rowCount(); ++row) {
+            rows << list->cell(row, 0) + "=" + list->tag(row).toString();
+        }
+        return rows;
+    };
+    using Step = std::function<void()>;
+    // What the administrator does in the editor: the other program takes its lock, the first OK
+    // fails, `between` runs, then OK again.
+    const auto inEditor = [this](const QString& name, const Step& lock, const Step& between) {
+        ui.modalScripts.push_back([=](QWidget* w) {
+            auto* editor = static_cast<frmEmployee*>(w);
+            editor->txtName->setText(name);
+            QListWidgetItem* first = editor->lstExtended->item(0);
+            first->setCheckState(first->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+            lock();
+            editor->cmdOK_Click();
+            EXPECT_TRUE(editor->isVisible());
+            between();
+            editor->cmdOK_Click();
+        });
+    };
+    const struct {
+        const char* command;
+        int tab;
+        std::function<void(ReportList*, const Step& lock, const Step& between)> tryTwice;
+        const char* table;
+        const char* rowsAfter;  // one row of `table` after the second try
+    } commands[] = {
+        {"delete a workgroup", frmAdmin::Workgroups,
+         [&](ReportList* list, const Step& lock, const Step& between) {
+             lock();
+             remove(list, 7, Yes);
+             between();
+             remove(list, 7, Yes);
+         },
+         "users", "id IN (6, 7)"},
+        {"delete equipment", frmAdmin::Equipment,
+         [&](ReportList* list, const Step& lock, const Step& between) {
+             lock();
+             remove(list, 9, Yes);
+             between();
+             remove(list, 9, Yes);
+         },
+         "extaccess", "extid = 9 OR userid = 9"},
+        {"edit a workgroup", frmAdmin::Workgroups,
+         [&](ReportList* list, const Step& lock, const Step& between) {
+             select(list, 6);
+             inEditor("Support Team", lock, between);
+             console.cmdEdit->click();
+         },
+         "users", "id = 6 AND Name = 'Support Team'"},
+        {"add a workgroup", frmAdmin::Workgroups,
+         [&](ReportList*, const Step& lock, const Step& between) {
+             inEditor("Night Desk", lock, between);
+             console.cmdNew->click();
+         },
+         "extaccess", "userid IN (SELECT id FROM users WHERE Name = 'Night Desk')"},
+    };
+    for (const auto& c : commands) {
+        SCOPED_TRACE(c.command);
+        ReportList* list = showTab(c.tab);
+        const QStringList before = state();
+        const QStringList rows = listed(list);
+        ui.messages.clear();
+        std::optional<testing_support::OtherProgram> reader;
+        const auto lock = [&] { reader.emplace(demoDatabase(), testing_support::kReading); };
+        c.tryTwice(list, lock, [&] {
+            ASSERT_FALSE(ui.messages.empty());
+            EXPECT_EQ(ui.messages.back().text, "Couldn't update; currently locked.");
+            EXPECT_EQ(state(), before);
+            EXPECT_EQ(listed(list), rows);
+            EXPECT_FALSE(ui.busy);
+            reader->letGo();
+        });
+        EXPECT_NE(state(), before);
+        EXPECT_EQ(count(c.table, c.rowsAfter), 1);
+        const std::vector<QString> texts = ui.texts();
+        EXPECT_EQ(std::count(texts.begin(), texts.end(), "Couldn't update; currently locked."), 1);
+    }
 }
 
 TEST_F(ConsoleCommandsTest, ABranchsWatchRowsGoBeforeTheQuestion) {

@@ -384,6 +384,71 @@ TEST_F(EngineTest, ATransactionLeavesNothingHalfDone) {
     EXPECT_EQ(errorOf([&] { db->commitTrans(); }), engine::NoTransaction);
 }
 
+// A unit undone leaves each cursor as it stood before the unit changed it: rows that are no more
+// are not shown, and an AddNew or Edit interrupted by the failure can be updated again.
+TEST_F(EngineTest, AnUndoneUnitPutsItsCursorsBack) {
+    auto rs = open("SELECT * FROM people ORDER BY name");  // on Alice
+    const auto visible = [&] {
+        QStringList shown;
+        for (rs->moveFirst(); !rs->eof(); rs->moveNext()) {
+            shown << rt::CStr(rs->field("name").value());
+        }
+        return shown;
+    };
+    const QStringList all = {"Alice", "bob", "carol"};
+    const struct {
+        const char* unit;
+        std::function<void()> change;
+        std::function<void()> retry;  // what the caller tries again, on the restored cursor
+        QStringList after;
+    } units[] = {
+        {"a new row",
+         [&] {
+             rs->addNew();
+             rs->field("name").setValue("dave");
+             rs->update();
+         },
+         [&] { rs->update(); },
+         {"Alice", "bob", "carol", "dave"}},
+        {"an edit",
+         [&] {
+             rs->edit();
+             rs->field("name").setValue("Alicia");
+             rs->update();
+         },
+         [&] {
+             rs->edit();
+             rs->field("name").setValue("Alicia");
+             rs->update();
+         },
+         {"Alicia", "bob", "carol"}},
+        {"a deletion",
+         [&] { rs->deleteCurrent(); },
+         [&] { rs->deleteCurrent(); },
+         {"bob", "carol"}},
+    };
+    for (const auto& u : units) {
+        SCOPED_TRACE(u.unit);
+        rs->requery();
+        db->beginTrans();
+        u.change();
+        db->beginTrans();  // changes of inner levels count with the unit
+        db->execute("DELETE FROM people WHERE name = 'carol'");
+        db->commitTrans();
+        db->rollback();
+        EXPECT_EQ(rt::CStr(open("SELECT name FROM people WHERE id = 2")->field(0).value()),
+                  "Alice");
+        u.retry();
+        EXPECT_EQ(visible(), u.after);
+        EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), u.after);
+        db->execute("DELETE FROM people WHERE name = 'dave'");
+        db->execute("UPDATE people SET name = 'Alice' WHERE id = 2");
+        db->execute(
+            "INSERT OR IGNORE INTO people (id, name, age, boss) VALUES (2, 'Alice', 40, 1)");
+        EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), all);
+    }
+}
+
 TEST_F(EngineTest, AWriteBlockedByAnotherProcessFailsAfterABoundedWait) {
     // Another program in the middle of a write: its lock lets readers in, writers wait.
     OtherProgram writer(path, "BEGIN IMMEDIATE; UPDATE people SET age = 1");

@@ -49,6 +49,7 @@ QString SeamTest::newDatabase(const QString& name) {
 
 void DemoTest::SetUp() {
     SeamTest::SetUp();
+    engine::setLockWait(300);  // a held lock fails a command soon
     gSystemDir = GetSystemDir();
     QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
     installer::createDemo(path("demo"), platform::programFolder());
@@ -56,6 +57,7 @@ void DemoTest::SetUp() {
 
 void DemoTest::TearDown() {
     endSession();
+    engine::setLockWait(3000);
     SetCommandLine(QString());
     SeamTest::TearDown();
 }
@@ -88,6 +90,9 @@ OtherProgram::OtherProgram(const QString& path, const char* statements) {
     }
     child_ = fork();
     if (child_ == 0) {
+        // Only the test's ends stay open, so that the child also lets go when the test dies.
+        close(ready[0]);
+        close(letGo[1]);
         sqlite3* other = nullptr;
         sqlite3_open(path.toUtf8().constData(), &other);
         sqlite3_exec(other, statements, nullptr, nullptr, nullptr);
@@ -117,6 +122,19 @@ void OtherProgram::letGo() {
     }
     EXPECT_EQ(ended, child_) << strerror(errno);
     child_ = -1;
+}
+
+QStringList rowsOf(engine::Database& db, const QString& sql) {
+    QStringList rows;
+    for (auto rs = db.openRecordset(sql); !rs->eof(); rs->moveNext()) {
+        QStringList values;
+        for (int f = 0; f < rs->fieldCount(); ++f) {
+            const rt::Variant value = rs->fieldValue(f);
+            values << (value.isNull() ? QStringLiteral("Null") : rt::CStr(value));
+        }
+        rows << values.join('|');
+    }
+    return rows;
 }
 
 void endSession() {

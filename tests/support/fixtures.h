@@ -83,6 +83,9 @@ private:
 // commit.
 inline constexpr const char* kReading = "BEGIN; SELECT count(*) FROM sqlite_master;";
 
+// Every row of the query as text, one line a row.
+QStringList rowsOf(engine::Database& db, const QString& sql);
+
 // Closes the database and clears the session state a logon fills.
 void endSession();
 

@@ -289,7 +289,8 @@ void SqliteDatabase::setProperty(const QString& name, const rt::Variant& value) 
 int& SqliteDatabase::openLevels() {
     // SQLite ends a transaction by itself on some failures (a full disk, a conflict clause of
     // ROLLBACK, the undoing of a unit whose commit failed); the levels counted went with it.
-    if (sqlite3_get_autocommit(connection_->handle())) {
+    if (sqlite3_get_autocommit(connection_->handle()) && connection_->transactionDepth > 0) {
+        connection_->levelUndone(1);
         connection_->transactionDepth = 0;
     }
     return connection_->transactionDepth;
@@ -333,8 +334,14 @@ void SqliteDatabase::endTransaction(bool keep) {
         // for the caller to roll back.
         if (depth == 1) {
             abandonTransaction(db);
+            connection_->levelUndone(1);
         }
         throw;
+    }
+    if (keep) {
+        connection_->levelKept(depth);
+    } else {
+        connection_->levelUndone(depth);
     }
     --depth;
 }

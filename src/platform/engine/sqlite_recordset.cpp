@@ -24,6 +24,24 @@ SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
     load();
 }
 
+SqliteRecordset::~SqliteRecordset() {
+    connection_->forgetCursor(this);
+}
+
+void SqliteRecordset::rememberBeforeChange() {
+    Snapshot before{rows_, position_, bof_, eof_, highestVisited_, mode_, buffer_, dirty_};
+    connection_->rememberCursor(this, [this, before = std::move(before)] {
+        rows_ = before.rows;
+        position_ = before.position;
+        bof_ = before.bof;
+        eof_ = before.eof;
+        highestVisited_ = before.highestVisited;
+        mode_ = before.mode;
+        buffer_ = before.buffer;
+        dirty_ = before.dirty;
+    });
+}
+
 sqlite3* SqliteRecordset::db() const {
     checkOpen();
     return connection_->handle();
@@ -93,6 +111,7 @@ void SqliteRecordset::load() {
 }
 
 void SqliteRecordset::close() {
+    connection_->forgetCursor(this);
     closed_ = true;
     rows_.clear();
 }
@@ -465,6 +484,7 @@ void SqliteRecordset::update() {
     if (mode_ == Mode::Browse) {
         throw error(UpdateWithoutEdit);
     }
+    rememberBeforeChange();
     if (mode_ == Mode::Adding) {
         insertBuffer();
     } else {
@@ -484,6 +504,7 @@ void SqliteRecordset::cancelUpdate() {
 void SqliteRecordset::deleteCurrent() {
     requireUpdatable();
     const qint64 rowid = currentRow().rowid;
+    rememberBeforeChange();
     leaveEdit();
     Prepared remove(db(), "DELETE FROM " + quoteName(table_) + " WHERE rowid = ?1", source_);
     remove.bind(1, rt::Variant(rowid));

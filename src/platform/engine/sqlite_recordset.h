@@ -16,6 +16,7 @@ class SqliteRecordset : public Recordset {
 public:
     SqliteRecordset(std::shared_ptr<Connection> connection, const dialect::Statement& statement,
                     QString source);
+    ~SqliteRecordset() override;
 
     void close() override;
     bool eof() const override;
@@ -56,6 +57,18 @@ private:
         bool appended = false;
     };
     enum class Mode { Browse, Editing, Adding };
+    // What a change of rows may alter, to put back when the transaction it was made in is undone.
+    struct Snapshot {
+        std::vector<Row> rows;
+        int position;
+        bool bof;
+        bool eof;
+        int highestVisited;
+        Mode mode;
+        std::vector<rt::Variant> buffer;
+        std::vector<bool> dirty;
+    };
+    void rememberBeforeChange();
 
     sqlite3* db() const;
     void checkOpen() const;

@@ -7,6 +7,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 
 namespace engine {
@@ -22,6 +23,51 @@ sqlite3* Connection::handle() const {
         throw error(ObjectInvalid);
     }
     return db;
+}
+
+void Connection::rememberCursor(const void* cursor, std::function<void()> restore) {
+    if (transactionDepth == 0) {
+        return;
+    }
+    for (const CursorState& state : cursorStates_) {
+        if (state.cursor == cursor && state.level == transactionDepth) {
+            return;
+        }
+    }
+    cursorStates_.push_back({transactionDepth, cursor, std::move(restore)});
+}
+
+void Connection::forgetCursor(const void* cursor) {
+    std::erase_if(cursorStates_,
+                  [cursor](const CursorState& state) { return state.cursor == cursor; });
+}
+
+void Connection::levelKept(int level) {
+    std::vector<CursorState> kept;
+    for (CursorState& state : cursorStates_) {
+        if (state.level < level) {
+            kept.push_back(std::move(state));
+            continue;
+        }
+        const bool outer = std::any_of(kept.begin(), kept.end(), [&](const CursorState& k) {
+            return k.cursor == state.cursor && k.level == level - 1;
+        });
+        if (level > 1 && !outer) {
+            state.level = level - 1;
+            kept.push_back(std::move(state));
+        }
+    }
+    cursorStates_ = std::move(kept);
+}
+
+void Connection::levelUndone(int level) {
+    // The newest first, so that a cursor changed at several levels ends as it stood before the
+    // outermost of them.
+    while (!cursorStates_.empty() && cursorStates_.back().level >= level) {
+        const std::function<void()> restore = std::move(cursorStates_.back().restore);
+        cursorStates_.pop_back();
+        restore();
+    }
 }
 
 rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql, FailureContext context) {

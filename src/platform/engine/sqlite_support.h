@@ -7,7 +7,9 @@
 
 #include <sqlite3.h>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 // What the embedded backend's database and cursors share: the open handle, prepared
 // statements, and the mapping of values and failures between SQLite and the engine.
@@ -18,6 +20,24 @@ struct Connection {
     int transactionDepth = 0;
     ~Connection();
     sqlite3* handle() const;  // raises 3420 once closed
+
+    // A cursor's rows cached before its first change inside an open transaction level: when the
+    // level is undone, the cursor is put back as it stood, so that it shows what the file holds
+    // and an interrupted AddNew or Edit can be tried again.
+    void rememberCursor(const void* cursor, std::function<void()> restore);
+    void forgetCursor(const void* cursor);
+    // The level ended. Kept, its cursors' states belong to the level around it (the older one
+    // wins); undone, its cursors and those of every level inside it are put back.
+    void levelKept(int level);
+    void levelUndone(int level);
+
+private:
+    struct CursorState {
+        int level;
+        const void* cursor;
+        std::function<void()> restore;
+    };
+    std::vector<CursorState> cursorStates_;
 };
 
 // What a failed call means to the caller, to word the failure.
