@@ -3,9 +3,7 @@
 #include "directory/employee_deletion.h"
 
 #include "data/dbase.h"
-#include "data/session.h"
 #include "logon/frm_startup.h"
-#include "platform/convert.h"
 #include "platform/ui.h"
 #include "util/report_list.h"
 #include "util/widgets.h"

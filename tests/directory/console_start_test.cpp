@@ -123,11 +123,13 @@ TEST_F(ConsoleStartTest, TheCommandLineRouteAndItsFailure) {
     EXPECT_THROW(console.Form_Activate(), RunEnded);
     EXPECT_EQ(ui.texts(), std::vector<QString>{"You have entered an invalid password."});
     EXPECT_TRUE(ui.modalWindows.empty());
+    EXPECT_EQ(ui.exitStatus, platform::kExitFailure);  // a script can tell
 }
 
 TEST_F(ConsoleStartTest, ClosingEndsTheRunAndAsksOnlyAboutUnsavedLevels) {
     EXPECT_THROW(console.Form_Unload(), RunEnded);
     EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
     console.bLevelDirty = true;
     ui.answers.push_back(platform::Msg::No);
     EXPECT_THROW(console.Form_Unload(), RunEnded);

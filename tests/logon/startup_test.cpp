@@ -135,6 +135,7 @@ TEST_F(StartUpTest, CancelAndClosingTheWindowEndTheRun) {
     ui.modalScripts.push_back([](QWidget* w) { logonWindow(w)->cmdCancel->click(); });
     EXPECT_THROW(window.ShowMe(false, false, true), RunEnded);
     EXPECT_TRUE(ui.ended);
+    EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
 
     frmStartUp second;
     ui.ended = false;

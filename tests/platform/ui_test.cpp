@@ -41,6 +41,7 @@ TEST_F(SeamFixture, AnUnhandledFailureShowsTheRuntimesTextAndEndsTheRun) {
                  RunEnded);
     EXPECT_FALSE(after);
     EXPECT_TRUE(ui.ended);
+    EXPECT_EQ(ui.exitStatus, kExitFailure);
     ASSERT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
     EXPECT_EQ(ui.messages[0].buttons, Msg::OKOnly);
 }
