@@ -228,6 +228,19 @@ TEST_F(EmployeeDeletionTest, ANameTypedInCountsOnlyWhenTheListHasIt) {
     EXPECT_EQ(count("SELECT count(*) FROM users WHERE id = 2"), 0);
 }
 
+TEST_F(EmployeeDeletionTest, AStatementFailingAfterThePersonalOnesLeavesNothingDone) {
+    testing_support::runOnFile(demoDatabase(),
+                               "CREATE TRIGGER refused BEFORE DELETE ON clients BEGIN SELECT "
+                               "RAISE(ABORT, 'refused'); END; CREATE TRIGGER alsoRefused BEFORE "
+                               "UPDATE ON clients BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    for (const bool all : {true, false}) {
+        deleteBrian(
+            [all](frmDeleteEmployee* w) { (all ? w->optAll : w->optGive)->setChecked(true); });
+        EXPECT_EQ(counts(), before);
+        EXPECT_EQ(console.lstEmployees->rowCount(), 5);
+    }
+}
+
 TEST_F(EmployeeDeletionTest, ALockHeldByAnotherProgramUndoesTheWholeDeletion) {
     testing_support::OtherProgram reader(demoDatabase(), testing_support::kReading);
     console.lstEmployees->selectRow(1);

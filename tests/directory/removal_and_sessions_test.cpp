@@ -216,6 +216,42 @@ TEST_F(ConsoleCommandsTest, ACommandThatCannotCommitChangesNothingAndCanBeTriedA
     }
 }
 
+// A statement that fails after others of the command ran leaves none of them done.
+TEST_F(ConsoleCommandsTest, AStatementFailingMidwayLeavesNothingDone) {
+    const auto state = [this] {
+        return testing_support::rowsOf(*db, "SELECT * FROM users ORDER BY id") +
+               testing_support::rowsOf(*db, "SELECT * FROM extaccess ORDER BY userid, extid");
+    };
+    // The planner items go after the links; a member is written after the entry.
+    testing_support::runOnFile(demoDatabase(),
+                               "CREATE TRIGGER refused BEFORE DELETE ON reminder BEGIN SELECT "
+                               "RAISE(ABORT, 'refused'); END; CREATE TRIGGER alsoRefused BEFORE "
+                               "INSERT ON extaccess BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    const QStringList before = state();
+    ReportList* workgroups = showTab(frmAdmin::Workgroups);
+    remove(workgroups, 7, Yes);
+    ReportList* equipment = showTab(frmAdmin::Equipment);
+    remove(equipment, 9, Yes);
+    showTab(frmAdmin::Workgroups);
+    select(workgroups, 6);
+    ui.modalScripts.push_back([](QWidget* w) {
+        auto* editor = static_cast<frmEmployee*>(w);
+        editor->txtName->setText("Support Team");
+        for (int i = 0; i < editor->lstExtended->count(); ++i) {
+            editor->lstExtended->item(i)->setCheckState(Qt::Checked);
+        }
+        editor->cmdOK_Click();
+        EXPECT_TRUE(editor->isVisible());
+        editor->cmdCancel_Click();
+    });
+    console.cmdEdit->click();
+    EXPECT_EQ(state(), before);
+    EXPECT_EQ(workgroups->rowCount(), 2);
+    EXPECT_EQ(equipment->rowCount(), 2);
+    EXPECT_EQ(ui.messages.size(), 5u);  // two questions, three failures
+    EXPECT_FALSE(ui.ended);
+}
+
 TEST_F(ConsoleCommandsTest, ABranchsWatchRowsGoBeforeTheQuestion) {
     remove(showTab(frmAdmin::Branches), 11, No);
     EXPECT_EQ(count("watch_branch", "branchid = 11"), 0);

@@ -124,6 +124,17 @@ void OtherProgram::letGo() {
     child_ = -1;
 }
 
+void runOnFile(const QString& path, const char* sql) {
+    sqlite3* db = nullptr;
+    sqlite3_open(path.toUtf8().constData(), &db);
+    char* message = nullptr;
+    if (sqlite3_exec(db, sql, nullptr, nullptr, &message) != SQLITE_OK) {
+        ADD_FAILURE() << message << " in " << sql;
+        sqlite3_free(message);
+    }
+    sqlite3_close(db);
+}
+
 QStringList rowsOf(engine::Database& db, const QString& sql) {
     QStringList rows;
     for (auto rs = db.openRecordset(sql); !rs->eof(); rs->moveNext()) {

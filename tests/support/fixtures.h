@@ -83,6 +83,10 @@ private:
 // commit.
 inline constexpr const char* kReading = "BEGIN; SELECT count(*) FROM sqlite_master;";
 
+// Runs SQL on the file directly, as another tool would (a trigger, say, that the dialect can't
+// write).
+void runOnFile(const QString& path, const char* sql);
+
 // Every row of the query as text, one line a row.
 QStringList rowsOf(engine::Database& db, const QString& sql);
 
