@@ -171,14 +171,6 @@ TEST_F(ConsoleCommandsTest, ACommandThatCannotCommitChangesNothingAndCanBeTriedA
              remove(list, 7, Yes);
          },
          "users", "id IN (6, 7)"},
-        {"delete equipment", frmAdmin::Equipment,
-         [&](ReportList* list, const Step& lock, const Step& between) {
-             lock();
-             remove(list, 9, Yes);
-             between();
-             remove(list, 9, Yes);
-         },
-         "extaccess", "extid = 9 OR userid = 9"},
         {"edit a workgroup", frmAdmin::Workgroups,
          [&](ReportList* list, const Step& lock, const Step& between) {
              select(list, 6);
