@@ -43,6 +43,121 @@ std::optional<double> radixPrefixed(const QString& text) {
     return std::nullopt;
 }
 
+// Reads a number the way the runtime's own formatting writes one: blanks, a sign, the currency
+// symbol and parentheses may stand on either side of the digits, in any order, so "($5.00)",
+// "-$5", "$-5", "5-" and "5 $" all read back. Each may occur once, and parentheses already say
+// "negative", so "--5", "-5-", "(-5)" and "$5$" are refused; anything else in the text, such as
+// a symbol between digits, is too. (Runtime documentation, "NUMPARSE structure": leading and
+// trailing white, plus and minus, parentheses, currency symbol and thousands separators.)
+class NumberReader {
+public:
+    NumberReader(const QString& text, const QLocale& locale)
+        : text_(text),
+          currency_(locale.currencySymbol()),
+          group_(locale.groupSeparator()),
+          point_(locale.decimalPoint()) {}
+
+    std::optional<detail::Decimal> read() {
+        affixes(QStringLiteral("("), opened_);
+        if (!mantissa() || !exponent()) {
+            return std::nullopt;
+        }
+        affixes(QStringLiteral(")"), closed_);
+        const bool wellFormed = at_ == text_.size() && opened_ == closed_ && opened_ <= 1 &&
+                                signs_ + opened_ <= 1 && symbols_ <= 1;
+        if (!wellFormed) {
+            return std::nullopt;
+        }
+        return detail::normalised(minus_ || opened_, digits_, whole_ - 1 + power_);
+    }
+
+private:
+    bool take(const QString& token) {
+        if (token.isEmpty() || !text_.sliced(at_).startsWith(token)) {
+            return false;
+        }
+        at_ += token.size();
+        return true;
+    }
+
+    bool takeDigit() {
+        if (at_ == text_.size() || !text_[at_].isDigit()) {
+            return false;
+        }
+        digits_ += text_[at_++];
+        return true;
+    }
+
+    void affixes(const QString& parenthesis, int& parentheses) {
+        while (at_ < text_.size()) {
+            if (text_[at_].isSpace()) {
+                ++at_;
+            } else if (take(parenthesis)) {
+                ++parentheses;
+            } else if (take(QStringLiteral("-"))) {
+                minus_ = true;
+                ++signs_;
+            } else if (take(QStringLiteral("+"))) {
+                ++signs_;
+            } else if (take(currency_)) {
+                ++symbols_;
+            } else {
+                return;
+            }
+        }
+    }
+
+    // Group separators may follow any digit of the whole part.
+    bool mantissa() {
+        while (takeDigit() || (!digits_.isEmpty() && take(group_))) {
+        }
+        whole_ = digits_.size();
+        if (take(point_)) {
+            while (takeDigit()) {
+            }
+        }
+        return !digits_.isEmpty();
+    }
+
+    bool exponent() {
+        if (at_ == text_.size() || !QStringLiteral("eEdD").contains(text_[at_])) {
+            return true;
+        }
+        const int start = ++at_;
+        if (!take(QStringLiteral("-"))) {
+            take(QStringLiteral("+"));
+        }
+        while (at_ < text_.size() && text_[at_].isDigit()) {
+            ++at_;
+        }
+        // No double or Currency reaches past a 16-bit power of ten; a bare sign is refused too.
+        bool ok = false;
+        power_ = text_.sliced(start, at_ - start).toShort(&ok);
+        return ok;
+    }
+
+    const QString& text_;
+    const QString currency_;
+    const QString group_;
+    const QString point_;
+    int at_ = 0;
+    QString digits_;
+    int whole_ = 0;  // digits before the decimal point
+    int power_ = 0;
+    bool minus_ = false;
+    int signs_ = 0;
+    int symbols_ = 0;
+    int opened_ = 0;
+    int closed_ = 0;
+};
+
+std::optional<detail::Decimal> readNumberText(const QString& text, const QLocale& locale) {
+    if (auto radix = radixPrefixed(text.trimmed())) {
+        return detail::exactDecimal(*radix);
+    }
+    return NumberReader(text, locale).read();
+}
+
 double numberOf(const Variant& value) {
     switch (value.type()) {
         case VarType::Empty:
@@ -80,24 +195,52 @@ Int roundedInteger(const Variant& value) {
     return static_cast<Int>(rounded);
 }
 
+// All the digits of a number, without trailing zeros, in the locale.
+QString plainText(const detail::Decimal& d) {
+    const QString sign = d.negative ? QStringLiteral("-") : QString();
+    const QString fraction = detail::fractionDigits(d, 0);
+    return sign + detail::integerDigits(d) +
+           (fraction.isEmpty() ? QString() : QLocale().decimalPoint() + fraction);
+}
+
 QString significantText(double value, int digits) {
     using namespace detail;
     const Decimal d = roundSignificant(exactDecimal(value), digits);
-    if (d.isZero()) {
-        return QStringLiteral("0");
+    if (d.isZero() || (d.exponent >= -4 && d.exponent < digits)) {
+        return plainText(d);
     }
-    const QString point = QLocale().decimalPoint();
     const QString sign = d.negative ? QStringLiteral("-") : QString();
-    if (d.exponent < -4 || d.exponent >= digits) {
-        QString mantissa = d.digits.left(1);
-        if (d.digits.size() > 1) {
-            mantissa += point + d.digits.mid(1);
-        }
-        const QString exponent = QString::number(std::abs(d.exponent)).rightJustified(2, '0');
-        return sign + mantissa + "E" + (d.exponent < 0 ? "-" : "+") + exponent;
+    QString mantissa = d.digits.left(1);
+    if (d.digits.size() > 1) {
+        mantissa += QLocale().decimalPoint() + d.digits.mid(1);
     }
-    const QString fraction = fractionDigits(d, 0);
-    return sign + integerDigits(d) + (fraction.isEmpty() ? QString() : point + fraction);
+    const QString exponent = QString::number(std::abs(d.exponent)).rightJustified(2, '0');
+    return sign + mantissa + "E" + (d.exponent < 0 ? "-" : "+") + exponent;
+}
+
+// Currency counts units of 1/10000 in 64 bits (runtime documentation, "Currency data type":
+// -922,337,203,685,477.5808 to 922,337,203,685,477.5807); past that is an overflow.
+constexpr int currencyDecimals = 4;
+
+qint64 currencyFromFloat(double value) {
+    const double scaled = std::nearbyint(value * 10000.0);  // the FPU's half-to-even
+    if (!(scaled >= -0x1p63 && scaled < 0x1p63)) {
+        throw Error::standard(Overflow);
+    }
+    return static_cast<qint64>(scaled);
+}
+
+// Text is taken digit for digit, so that every Currency value survives a trip through its text.
+qint64 currencyFromText(const QString& text) {
+    const auto number = readNumberText(text, QLocale());
+    if (!number) {
+        throw Error::standard(TypeMismatch);
+    }
+    const auto rounded = detail::roundFixed(*number, currencyDecimals, detail::Ties::ToEven);
+    if (const auto scaled = detail::scaledInteger(rounded, currencyDecimals)) {
+        return *scaled;
+    }
+    throw Error::standard(Overflow);
 }
 
 }  // namespace
@@ -122,15 +265,17 @@ double CDbl(const Variant& value) {
     return numberOf(value);
 }
 
+// Rounds half to even at four decimals: the rule "Type Conversion Functions" (runtime
+// documentation) gives for CInt and CLng, applied at Currency's last digit.
 qint64 CCur(const Variant& value) {
-    if (value.type() == VarType::Currency) {
-        return value.integerValue();
+    switch (value.type()) {
+        case VarType::Currency:
+            return value.integerValue();
+        case VarType::String:
+            return currencyFromText(value.text());
+        default:
+            return currencyFromFloat(numberOf(value));
     }
-    const double scaled = std::nearbyint(numberOf(value) * 10000.0);
-    if (!(std::fabs(scaled) < 9.2233720368547758e18)) {
-        throw Error::standard(Overflow);
-    }
-    return static_cast<qint64>(scaled);
 }
 
 bool CBool(const Variant& value) {
@@ -160,7 +305,7 @@ QString CStr(const Variant& value) {
         case VarType::Double:
             return doubleText(value.realValue());
         case VarType::Currency:
-            return significantText(static_cast<double>(value.integerValue()) / 10000.0, 19);
+            return plainText(detail::scaledDecimal(value.integerValue(), currencyDecimals));
         case VarType::Date:
             return dateText(value.realValue());
         case VarType::String:
@@ -198,74 +343,16 @@ bool IsNumeric(const Variant& value) {
     }
 }
 
-std::optional<double> parseNumberText(const QString& input, const QLocale& locale) {
-    const QString text = input.trimmed();
-    if (auto radix = radixPrefixed(text)) {
-        return radix;
-    }
-    const QString currency = locale.currencySymbol();
-    const QString group = locale.groupSeparator();
-    const QString point = locale.decimalPoint();
-    QString plain;  // the number in C form
-    int i = 0;
-    auto skipCurrency = [&] {
-        if (!currency.isEmpty() && text.mid(i, currency.size()) == currency) {
-            i += currency.size();
-        }
-    };
-    skipCurrency();
-    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-        plain += text[i++];
-    }
-    skipCurrency();
-    int digits = 0;
-    while (i < text.size()) {
-        if (text[i].isDigit()) {
-            plain += text[i++];
-            ++digits;
-        } else if (digits > 0 && !group.isEmpty() && text.mid(i, group.size()) == group) {
-            i += group.size();
-        } else {
-            break;
-        }
-    }
-    if (text.mid(i, point.size()) == point) {
-        i += point.size();
-        plain += '.';
-        while (i < text.size() && text[i].isDigit()) {
-            plain += text[i++];
-            ++digits;
-        }
-    }
-    if (digits == 0) {
+std::optional<double> parseNumberText(const QString& text, const QLocale& locale) {
+    const auto number = readNumberText(text, locale);
+    if (!number) {
         return std::nullopt;
     }
-    if (i < text.size() && QStringLiteral("eEdD").contains(text[i])) {
-        QString exponent = QStringLiteral("e");
-        int j = i + 1;
-        if (j < text.size() && (text[j] == '+' || text[j] == '-')) {
-            exponent += text[j++];
-        }
-        const int start = j;
-        while (j < text.size() && text[j].isDigit()) {
-            exponent += text[j++];
-        }
-        if (j == start) {
-            return std::nullopt;
-        }
-        plain += exponent;
-        i = j;
-    }
-    skipCurrency();
-    if (i != text.size()) {
+    const double value = detail::toDouble(*number);
+    if (!std::isfinite(value)) {
         return std::nullopt;
     }
-    bool ok = false;
-    const double number = plain.toDouble(&ok);
-    if (!ok || !std::isfinite(number)) {
-        return std::nullopt;
-    }
-    return number;
+    return value;
 }
 
 double Val(const QString& input) {

@@ -15,7 +15,7 @@ qint16 CInt(const Variant& value);  // rounds half to even
 qint32 CLng(const Variant& value);  // rounds half to even
 float CSng(const Variant& value);
 double CDbl(const Variant& value);
-qint64 CCur(const Variant& value);  // scaled by 10000
+qint64 CCur(const Variant& value);  // scaled by 10000; text is read exactly
 bool CBool(const Variant& value);
 QString CStr(const Variant& value);
 
@@ -25,8 +25,9 @@ bool IsNumeric(const Variant& value);
 // blanks are skipped and the first character that can't belong to a number ends it.
 double Val(const QString& text);
 
-// A numeric text as CDbl reads it under the locale: blanks around it, a sign, the currency
-// symbol, group separators, an exponent, or "&H"/"&O" forms.
+// A numeric text as CDbl reads it under the locale: group separators, an exponent, or "&H"/"&O"
+// forms; blanks, one sign, one currency symbol or one pair of parentheses (negative) on either
+// side of the digits, as the locale's own currency format places them.
 std::optional<double> parseNumberText(const QString& text, const QLocale& locale = QLocale());
 
 // The default text of a Single (7 significant digits) and a Double (15).

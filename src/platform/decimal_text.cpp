@@ -2,37 +2,31 @@
 
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <vector>
 
 namespace rt::detail {
 
 namespace {
 
-Decimal normalised(bool negative, QString digits, int exponent) {
-    int lead = 0;
-    while (lead < digits.size() && digits[lead] == '0') {
-        ++lead;
+bool roundsUp(const Decimal& value, int keep, Ties ties) {
+    const QChar next = value.digits[keep];
+    const bool tie = next == QLatin1Char('5') && keep + 1 == value.digits.size();
+    if (tie && ties == Ties::ToEven) {
+        return keep > 0 && value.digits[keep - 1].digitValue() % 2 == 1;
     }
-    digits.remove(0, lead);
-    exponent -= lead;
-    while (!digits.isEmpty() && digits.back() == '0') {
-        digits.chop(1);
-    }
-    if (digits.isEmpty()) {
-        return {};
-    }
-    return {negative, digits, exponent};
+    return next >= QLatin1Char('5');
 }
 
-// Keeps the first `keep` digits, rounding half away from zero on the digit after them.
-Decimal roundAt(const Decimal& value, int keep) {
+// Keeps the first `keep` digits, rounding on the digits after them.
+Decimal roundAt(const Decimal& value, int keep, Ties ties) {
     if (value.isZero() || keep >= value.digits.size()) {
         return value;
     }
     if (keep < 0) {
         return {};
     }
-    const bool up = value.digits[keep] >= QLatin1Char('5');
+    const bool up = roundsUp(value, keep, ties);
     QString kept = value.digits.left(keep);
     int exponent = value.exponent;
     if (up) {
@@ -53,6 +47,22 @@ Decimal roundAt(const Decimal& value, int keep) {
 
 }  // namespace
 
+Decimal normalised(bool negative, QString digits, int exponent) {
+    int lead = 0;
+    while (lead < digits.size() && digits[lead] == '0') {
+        ++lead;
+    }
+    digits.remove(0, lead);
+    exponent -= lead;
+    while (!digits.isEmpty() && digits.back() == '0') {
+        digits.chop(1);
+    }
+    if (digits.isEmpty()) {
+        return {};
+    }
+    return {negative, digits, exponent};
+}
+
 Decimal exactDecimal(double value) {
     if (value == 0 || !std::isfinite(value)) {
         return {};
@@ -67,12 +77,43 @@ Decimal exactDecimal(double value) {
     return normalised(value < 0, digits, text.mid(e + 1).toInt());
 }
 
-Decimal roundSignificant(const Decimal& value, int digits) {
-    return roundAt(value, digits);
+Decimal scaledDecimal(qint64 value, int decimals) {
+    // Negated as unsigned, so that the lowest value has a magnitude too.
+    const quint64 magnitude = value < 0 ? 0 - static_cast<quint64>(value) : value;
+    const QString digits = QString::number(magnitude);
+    return normalised(value < 0, digits, digits.size() - 1 - decimals);
 }
 
-Decimal roundFixed(const Decimal& value, int decimals) {
-    return roundAt(value, value.exponent + 1 + decimals);
+std::optional<qint64> scaledInteger(const Decimal& value, int decimals) {
+    if (value.isZero()) {
+        return 0;
+    }
+    const int places = value.exponent + 1 + decimals;  // digits of the scaled whole number
+    if (places < value.digits.size() || places > std::numeric_limits<qint64>::digits10 + 1) {
+        return std::nullopt;
+    }
+    const quint64 magnitude = value.digits.leftJustified(places, '0').toULongLong();
+    const quint64 limit = static_cast<quint64>(std::numeric_limits<qint64>::max()) + value.negative;
+    if (magnitude > limit) {
+        return std::nullopt;
+    }
+    return static_cast<qint64>(value.negative ? 0 - magnitude : magnitude);
+}
+
+double toDouble(const Decimal& value) {
+    if (value.isZero()) {
+        return 0;
+    }
+    const QString sign = value.negative ? QStringLiteral("-") : QString();
+    return (sign + "0." + value.digits + "e" + QString::number(value.exponent + 1)).toDouble();
+}
+
+Decimal roundSignificant(const Decimal& value, int digits) {
+    return roundAt(value, digits, Ties::AwayFromZero);
+}
+
+Decimal roundFixed(const Decimal& value, int decimals, Ties ties) {
+    return roundAt(value, value.exponent + 1 + decimals, ties);
 }
 
 QString integerDigits(const Decimal& value) {
