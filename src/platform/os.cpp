@@ -21,32 +21,68 @@ namespace {
 // other 8-bit code pages. It is handled as bytes, so that a write re-encodes only the line it
 // changes; only names, to compare them, and the value asked for are decoded.
 
-// Stored text: UTF-8 where the bytes are valid UTF-8, else one character per byte, so that
-// another program's 8-bit text reads as Latin-1 letters rather than as replacement characters
-// that a later write would make permanent.
-QString decodeText(const QByteArray& bytes) {
-    return bytes.isValidUtf8() ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
+// Windows-1252, the 8-bit code page the other programs write, puts printable characters where
+// Latin-1 has the controls 0x80-0x9F; its five unused bytes there read as those controls, as they
+// do on Windows.
+constexpr char16_t windows1252Controls[32] = {
+    u'\u20AC', u'\u0081', u'\u201A', u'\u0192', u'\u201E', u'\u2026', u'\u2020', u'\u2021',
+    u'\u02C6', u'\u2030', u'\u0160', u'\u2039', u'\u0152', u'\u008D', u'\u017D', u'\u008F',
+    u'\u0090', u'\u2018', u'\u2019', u'\u201C', u'\u201D', u'\u2022', u'\u2013', u'\u2014',
+    u'\u02DC', u'\u2122', u'\u0161', u'\u203A', u'\u0153', u'\u009D', u'\u017E', u'\u0178'};
+
+char16_t windows1252Char(uchar byte) {
+    return byte >= 0x80 && byte < 0xA0 ? windows1252Controls[byte - 0x80] : byte;
 }
 
-// Text we store: Latin-1, the 8-bit code page the other programs read, wherever it decodes back
-// to the same text; UTF-8 for characters beyond Latin-1, and for the rare Latin-1 text whose
-// bytes happen to form UTF-8.
-QByteArray encodeText(const QString& text) {
-    const QByteArray latin1 = text.toLatin1();
-    return decodeText(latin1) == text ? latin1 : text.toUtf8();
+QString fromWindows1252(const QByteArray& bytes) {
+    QString text(bytes.size(), Qt::Uninitialized);
+    std::transform(bytes.begin(), bytes.end(), text.begin(),
+                   [](char byte) { return QChar(windows1252Char(static_cast<uchar>(byte))); });
+    return text;
 }
 
-// The first `bytes` bytes of stored text. The call copies single-byte characters: the cut falls
-// on bytes, and a character split by it is dropped whole.
-QString cutText(const QByteArray& stored, int bytes) {
-    QByteArray kept = stored.left(bytes);
-    if (!stored.isValidUtf8()) {
-        return QString::fromLatin1(kept);
+// The text in Windows-1252, or nothing where it has a character the code page lacks.
+std::optional<QByteArray> toWindows1252(const QString& text) {
+    QByteArray bytes;
+    for (const QChar c : text) {
+        const char16_t code = c.unicode();
+        if (code <= 0xFF && windows1252Char(static_cast<uchar>(code)) == code) {
+            bytes += static_cast<char>(code);
+            continue;
+        }
+        const auto* at =
+            std::find(std::begin(windows1252Controls), std::end(windows1252Controls), code);
+        if (at == std::end(windows1252Controls)) {
+            return std::nullopt;
+        }
+        bytes += static_cast<char>(0x80 + (at - std::begin(windows1252Controls)));
     }
-    while (!kept.isValidUtf8()) {
+    return bytes;
+}
+
+// Stored text: UTF-8 where the bytes are valid UTF-8, else Windows-1252, so that another
+// program's 8-bit text reads as its own letters rather than as replacement characters that a
+// later write would make permanent.
+QString decodeText(const QByteArray& bytes) {
+    return bytes.isValidUtf8() ? QString::fromUtf8(bytes) : fromWindows1252(bytes);
+}
+
+// Text we store: Windows-1252, the code page the other programs read, wherever it decodes back
+// to the same text; UTF-8 for characters beyond it, and for the rare 8-bit text whose bytes
+// happen to form UTF-8.
+QByteArray encodeText(const QString& text) {
+    const std::optional<QByteArray> ansi = toWindows1252(text);
+    return ansi && decodeText(*ansi) == text ? *ansi : text.toUtf8();
+}
+
+// The first `count` characters of `text`, as the call copies them; a character beyond 16 bits
+// that the cut would split is dropped whole rather than left as half a pair.
+QString cutText(const QString& text, int count) {
+    QString kept = text.left(count);
+    if (kept.size() < text.size() && text.at(kept.size()).isLowSurrogate()) {
         kept.chop(1);
     }
-    return QString::fromUtf8(kept);
+    return kept;
 }
 
 // A line break in a name or value would end its line early and start another: a value could
@@ -62,6 +98,12 @@ struct ProfileLine {
     QString name;      // section or key name, trimmed
     QByteArray value;  // a key's value as stored, trimmed and unquoted
 };
+
+// A value between two of the same quote, single or double, is stored without them.
+bool isQuoted(const QByteArray& value) {
+    return value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+           value.back() == value.front();
+}
 
 ProfileLine parseLine(const QByteArray& text, const QByteArray& end = {}) {
     ProfileLine line;
@@ -79,7 +121,7 @@ ProfileLine parseLine(const QByteArray& text, const QByteArray& end = {}) {
         line.kind = ProfileLine::Key;
         line.name = decodeText(trimmed.left(equals).trimmed());
         line.value = trimmed.mid(equals + 1).trimmed();
-        if (line.value.size() >= 2 && line.value.startsWith('"') && line.value.endsWith('"')) {
+        if (isQuoted(line.value)) {
             line.value = line.value.mid(1, line.value.size() - 2);
         }
     }
@@ -139,6 +181,18 @@ std::optional<size_t> findKey(const std::vector<ProfileLine>& lines,
         }
     }
     return std::nullopt;
+}
+
+// The stored value of `key` in `section`, or nothing where file, section or key is missing.
+std::optional<QByteArray> findValue(const QString& file, const QString& section,
+                                    const QString& key) {
+    if (key.isEmpty()) {
+        return std::nullopt;
+    }
+    const std::vector<ProfileLine> lines = readProfile(file).value_or(std::vector<ProfileLine>());
+    const auto range = findSection(lines, section);
+    const std::optional<size_t> at = range ? findKey(lines, *range, key) : std::nullopt;
+    return at ? std::make_optional(lines[*at].value) : std::nullopt;
 }
 
 // Puts `added` before line `at`, with the line end of the file's first line, or the call's CR LF.
@@ -201,24 +255,14 @@ int GetPrivateProfileString(const QString& section, const QString& key, const QS
     if (size <= 0) {
         return 0;
     }
-    std::optional<QByteArray> stored;
-    if (!key.isEmpty()) {
-        const std::vector<ProfileLine> lines =
-            readProfile(file).value_or(std::vector<ProfileLine>());
-        if (const auto range = findSection(lines, section)) {
-            if (const auto at = findKey(lines, *range, key)) {
-                stored = lines[*at].value;
-            }
-        }
+    QString text = defaultValue;
+    while (text.endsWith(' ')) {
+        text.chop(1);
     }
-    if (!stored) {
-        QString fallback = defaultValue;
-        while (fallback.endsWith(' ')) {
-            fallback.chop(1);
-        }
-        stored = encodeText(fallback);
+    if (const std::optional<QByteArray> stored = findValue(file, section, key)) {
+        text = decodeText(*stored);
     }
-    buffer = cutText(*stored, size - 1);
+    buffer = cutText(text, size - 1);
     return static_cast<int>(buffer.size());
 }
 

@@ -10,15 +10,16 @@ namespace platform {
 // Copies the value of `key` in `section` of the settings file, or `defaultValue` (its trailing
 // blanks cut) where file, section or key is missing, into `buffer`, cut to `size` - 1
 // characters; returns the count copied. Sections and keys match without regard to case; a key
-// present with an empty value copies nothing. With `size` 0 the buffer is left as it is. Stored
-// bytes read as UTF-8 where they are valid UTF-8, else as Latin-1.
+// present with an empty value copies nothing, a value in single or double quotes copies what is
+// between them. With `size` 0 the buffer is left as it is. Stored bytes read as UTF-8 where they
+// are valid UTF-8, else as Windows-1252.
 int GetPrivateProfileString(const QString& section, const QString& key, const QString& defaultValue,
                             QString& buffer, int size, const QString& file);
 
 // Writes `key`=`value` into `section`, making file, section and key as needed. No value deletes
 // the key, no key deletes the section. Every other line keeps its bytes and its line end; the
-// text written is Latin-1 where that reads back as itself, else UTF-8. A new file is readable by
-// its owner alone, an existing one keeps its mode. False, with the file untouched, for an empty
+// text written is Windows-1252 where that reads back as itself, else UTF-8. A new file is readable
+// by its owner alone, an existing one keeps its mode. False, with the file untouched, for an empty
 // file name, a line break in section, key or value, a file that can't be read, or a failed write.
 bool WritePrivateProfileString(const QString& section, const std::optional<QString>& key,
                                const std::optional<QString>& value, const QString& file);

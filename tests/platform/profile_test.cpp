@@ -42,8 +42,8 @@ protected:
 TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
     write(
         "[section1]\r\nname1=val1\r\nname2=\"val2\"\r\nname3\r\nname4=a\r\nname5=\r\n  Spaced  =  "
-        "value with blanks  "
-        "\r\nname1=second\r\n[section2]\r\nname1=other\r\n");
+        "value with blanks  \r\nname1=second\r\nname6='val6'\r\nname7='val7\"\r\nname8='\r\n"
+        "[section2]\r\nname1=other\r\n");
     const struct {
         const char* section;
         const char* key;
@@ -51,10 +51,13 @@ TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
         const char* value;
         int count;
     } cases[] = {
-        {"section1", "NaMe1", 128, "val1", 4},  // names ignore case
-        {"SECTION1", "name1", 128, "val1", 4},  // the first of duplicate keys wins
-        {"section1", "name2", 128, "val2", 4},  // surrounding quotes go
-        {"section1", "name1", 5, "val1", 4},    // size - 1 characters
+        {"section1", "NaMe1", 128, "val1", 4},     // names ignore case
+        {"SECTION1", "name1", 128, "val1", 4},     // the first of duplicate keys wins
+        {"section1", "name2", 128, "val2", 4},     // surrounding quotes go
+        {"section1", "name6", 128, "val6", 4},     // single ones too
+        {"section1", "name7", 128, "'val7\"", 6},  // but only a matching pair
+        {"section1", "name8", 128, "'", 1},
+        {"section1", "name1", 5, "val1", 4},  // size - 1 characters
         {"section1", "name1", 4, "val", 3},
         {"section1", "name1", 1, "", 0},
         {"section1", "name3", 128, "default", 7},  // a line without = is no key
@@ -142,25 +145,47 @@ TEST_F(ProfileTest, AWriteLeavesEveryOtherLineByteForByte) {
     }
 }
 
-TEST_F(ProfileTest, TextIsStoredAsLatin1WhereItReadsBackElseAsUtf8) {
+TEST_F(ProfileTest, StoredBytesReadAsUtf8ElseAsWindows1252CutInCharacters) {
+    const struct {
+        const char* what;
+        QByteArray stored;
+        int size;
+        QString value;
+    } cases[] = {
+        {"a name written in the 8-bit code page", "\x93Jos\xE9 M\xFCller\x94 \x80\x96\x97", 128,
+         QString::fromUtf8("\u201CJos\u00E9 M\u00FCller\u201D \u20AC\u2013\u2014")},
+        {"its unused bytes as controls", "\x81\x8D\x8F\x90\x9D", 128,
+         QString::fromUtf8("\u0081\u008D\u008F\u0090\u009D")},
+        {"valid UTF-8", "Z\xC5\x82oty \xE2\x82\xAC", 128, QString::fromUtf8("Z\u0142oty \u20AC")},
+        {"200 8-bit letters", QByteArray(200, '\xE9'), 128, QString(127, QChar(0xE9))},
+        {"200 UTF-8 letters", QByteArray("\xC5\x82").repeated(200), 128,
+         QString(127, QChar(0x142))},
+        {"a pair split by the cut goes whole", "a\xF0\x9F\x98\x80", 3, "a"},
+    };
+    for (const auto& c : cases) {
+        write("[S]\r\nk=" + c.stored + "\r\n");
+        EXPECT_EQ(read("S", "k", c.size), std::make_pair(c.value, int(c.value.size()))) << c.what;
+    }
+}
+
+TEST_F(ProfileTest, TextIsStoredAsWindows1252WhereItReadsBackElseAsUtf8) {
     const struct {
         const char* text;  // UTF-8 in the source
         QByteArray stored;
-        int size;
-        const char* cut;
     } cases[] = {
-        {"M\u00FCller", "M\xFCller", 3, "M\u00FC"},
-        {"Z\u0142oty", "Z\xC5\x82oty", 3, "Z"},  // beyond Latin-1
-        // Latin-1 bytes that would read back as UTF-8 "\u00E9"
-        {"\u00C3\u00A9", "\xC3\x83\xC2\xA9", 4, "\u00C3"},
+        {"M\u00FCller", "M\xFCller"},
+        {"\u20AC \u2013 \u201Cok\u201D", "\x80 \x96 \x93ok\x94"},
+        {"\u0081", "\x81"},              // an unused byte of the code page
+        {"\u0080", "\xC2\x80"},          // a control the code page lacks
+        {"Z\u0142oty", "Z\xC5\x82oty"},  // beyond the code page
+        // 8-bit bytes that would read back as UTF-8 "\u00E9"
+        {"\u00C3\u00A9", "\xC3\x83\xC2\xA9"},
     };
     for (const auto& c : cases) {
         const QString text = QString::fromUtf8(c.text);
         ASSERT_TRUE(writeKey("S", "k", text)) << c.text;
         EXPECT_EQ(content(), "[S]\r\nk=" + c.stored + "\r\n") << c.text;
         EXPECT_EQ(read("S", "k").first, text) << c.text;
-        // A cut falls on stored bytes and drops a character split by it whole.
-        EXPECT_EQ(read("S", "k", c.size).first, QString::fromUtf8(c.cut)) << c.text;
         QFile::remove(file);
     }
 }
