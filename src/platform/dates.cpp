@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace rt {
@@ -22,8 +23,9 @@ const QDate kEpoch(1899, 12, 30);
 constexpr double kFirstDay = -657434;  // 1 Jan 100
 constexpr double kLastDay = 2958465;   // 31 Dec 9999
 constexpr qint64 kSecondsPerDay = 86400;
-// Times are kept to the second, so a serial within half a second of the midnight past either end
-// would round onto a day off the calendar.
+// Times are kept to the second, so a serial within half a second of the last day's end would round
+// onto the day after it. A negative serial's time runs forward from its day's midnight as well, so
+// the first day takes any fraction.
 constexpr double kHalfSecond = 0.5 / kSecondsPerDay;
 
 qint64 floorDiv(qint64 a, qint64 b) {
@@ -34,21 +36,22 @@ qint64 floorDiv(qint64 a, qint64 b) {
 // date, can carry any double; the runtime's dates overflow (6) off the calendar, so every serial
 // taken in is checked here before it is split into whole days and seconds.
 double calendarSerial(double serial) {
-    if (!(serial > kFirstDay - 1 + kHalfSecond && serial < kLastDay + 1 - kHalfSecond)) {
+    if (!(serial > kFirstDay - 1 && serial < kLastDay + 1 - kHalfSecond)) {
         throw Error::standard(Overflow);
     }
     return serial;
 }
 
 // The day's serial and the seconds into it; a negative serial carries its time as a positive
-// fraction, so -1.25 is 29 Dec 1899 at 6:00.
+// fraction, so -1.25 is 29 Dec 1899 at 6:00. A time that rounds up to midnight is the next day's,
+// whichever side of the epoch the day lies.
 std::pair<qint64, qint64> dayAndSeconds(double serial) {
     const double whole = std::trunc(calendarSerial(serial));
     qint64 day = static_cast<qint64>(whole);
     qint64 seconds = std::llround(std::fabs(serial - whole) * kSecondsPerDay);
     if (seconds >= kSecondsPerDay) {
         seconds -= kSecondsPerDay;
-        day += serial < 0 ? -1 : 1;
+        ++day;
     }
     return {day, seconds};
 }
@@ -68,21 +71,28 @@ qint64 timeline(double serial) {
     return day * kSecondsPerDay + seconds;
 }
 
-// A computed moment back as a serial. The runtime's DateAdd reference: "If the calculated date
-// would precede the year 100 ..., an error occurs"; the runtime raises 5 past either end.
-double calendarResult(qint64 moment) {
-    const qint64 day = floorDiv(moment, kSecondsPerDay);
+// A computed day, checked. The runtime's DateAdd reference: "If the calculated date would precede
+// the year 100 ..., an error occurs"; the runtime raises 5 past either end, as DateSerial does.
+qint64 calendarDay(qint64 day) {
     if (day < kFirstDay || day > kLastDay) {
         throw Error::standard(InvalidProcedureCall);
     }
+    return day;
+}
+
+// A computed moment back as a serial.
+double calendarResult(qint64 moment) {
+    const qint64 day = calendarDay(floorDiv(moment, kSecondsPerDay));
     return serialOf(day, moment - day * kSecondsPerDay);
 }
 
-int twoDigitYear(int year, int digits) {
-    if (digits > 2) {
-        return year;
-    }
+// Two-digit years fall in 1930 to 2029, in text and in DateSerial alike.
+int windowedYear(int year) {
     return year < 30 ? 2000 + year : 1900 + year;
+}
+
+int twoDigitYear(int year, int digits) {
+    return digits > 2 ? year : windowedYear(year);
 }
 
 struct Token {
@@ -90,6 +100,17 @@ struct Token {
     QString text;
     int value = 0;
 };
+
+// Any script's decimal digits count: a full-width or Arabic-Indic "5" is a 5, and the Arabic
+// locales write their dates in theirs. (Whether the runtime reads them is unverified; reading them
+// beats taking them as something else.)
+int digitsValue(const QString& digits) {
+    int value = 0;
+    for (const QChar digit : digits) {
+        value = value * 10 + digit.digitValue();
+    }
+    return value;
+}
 
 std::optional<std::vector<Token>> tokenize(const QString& text) {
     std::vector<Token> tokens;
@@ -104,7 +125,7 @@ std::optional<std::vector<Token>> tokenize(const QString& text) {
             if (j - i > 9) {
                 return std::nullopt;
             }
-            tokens.push_back({Token::Number, text.mid(i, j - i), text.mid(i, j - i).toInt()});
+            tokens.push_back({Token::Number, text.mid(i, j - i), digitsValue(text.mid(i, j - i))});
             i = j;
         } else if (c.isLetter()) {
             int j = i;
@@ -123,14 +144,26 @@ std::optional<std::vector<Token>> tokenize(const QString& text) {
     return tokens;
 }
 
-int monthOf(const QString& word, const QLocale& locale) {
-    for (int m = 1; m <= 12; ++m) {
-        if (word.compare(locale.monthName(m, QLocale::LongFormat), Qt::CaseInsensitive) == 0 ||
-            word.compare(locale.monthName(m, QLocale::ShortFormat), Qt::CaseInsensitive) == 0) {
-            return m;
+// Which of `count` names, 1-based, the word is in its long or short form; 0 for none.
+template <typename NameOf>
+int nameIndex(const QString& word, int count, NameOf nameOf) {
+    for (int i = 1; i <= count; ++i) {
+        if (word.compare(nameOf(i, QLocale::LongFormat), Qt::CaseInsensitive) == 0 ||
+            word.compare(nameOf(i, QLocale::ShortFormat), Qt::CaseInsensitive) == 0) {
+            return i;
         }
     }
     return 0;
+}
+
+int monthOf(const QString& word, const QLocale& locale) {
+    return nameIndex(word, 12,
+                     [&](int m, QLocale::FormatType form) { return locale.monthName(m, form); });
+}
+
+bool isWeekday(const QString& word, const QLocale& locale) {
+    return nameIndex(word, 7,
+                     [&](int d, QLocale::FormatType form) { return locale.dayName(d, form); }) != 0;
 }
 
 // 0 for no marker, 1 for AM, 2 for PM.
@@ -334,14 +367,43 @@ qint64 boundaries(qint64 from, qint64 to, qint64 step, qint64 start = 0) {
     return floorDiv(to - start, step) - floorDiv(from - start, step);
 }
 
+// The runtime's DateAdd reference: "If number isn't a Long value, it is rounded to the nearest
+// whole number before being evaluated." A number whose whole part lies beyond a Long overflows (6),
+// as a Long does; the rounding comes after, so 2147483647.9 days are 2147483648, off the calendar
+// (5). Halves go to the even number, as in the runtime's other roundings to a Long (unverified
+// here).
+qint64 wholeCount(double number) {
+    constexpr double kBelowLong = std::numeric_limits<qint32>::min() - 1.0;
+    constexpr double kAboveLong = std::numeric_limits<qint32>::max() + 1.0;
+    if (!(number > kBelowLong && number < kAboveLong)) {
+        throw Error::standard(Overflow);
+    }
+    return static_cast<qint64>(std::nearbyint(number));  // the default rounding: halves to even
+}
+
 }  // namespace
 
+// The runtime's DateSerial reference: each argument is an Integer ("If any single argument is
+// outside the range -32,768 to 32,767, an error occurs"); an argument past its unit's range
+// "increments to the next larger unit", so month 13 is January of the next year, month 0 December
+// of the year before and day 0 the last day of the month before; a year of 0 to 99 falls in the
+// same window as in text.
 double DateSerial(int year, int month, int day) {
-    const QDate date(year, month, day);
-    if (!date.isValid() || year < 100 || year > 9999) {
+    for (const int argument : {year, month, day}) {
+        if (argument < -32768 || argument > 32767) {
+            throw Error::standard(Overflow);
+        }
+    }
+    const qint64 months =
+        qint64{year >= 0 && year <= 99 ? windowedYear(year) : year} * 12 + month - 1;
+    const qint64 firstYear = floorDiv(months, 12);
+    // Year 0, which QDate lacks, lies further off the calendar than any count of days can make up.
+    const QDate first(static_cast<int>(firstYear), static_cast<int>(months - firstYear * 12) + 1,
+                      1);
+    if (!first.isValid()) {
         throw Error::standard(InvalidProcedureCall);
     }
-    return static_cast<double>(kEpoch.daysTo(date));
+    return static_cast<double>(calendarDay(kEpoch.daysTo(first) + day - 1));
 }
 
 double TimeSerial(int hour, int minute, int second) {
@@ -375,8 +437,11 @@ double Today() {
     return static_cast<double>(kEpoch.daysTo(QDate::currentDate()));
 }
 
-std::optional<double> parseDateText(const QString& input, const QLocale& locale) {
-    auto tokens = tokenize(input.trimmed());
+namespace {
+
+// The text of a date read by the general rules: numbers and names in any order the locale allows.
+std::optional<double> generalDateText(const QString& text, const QLocale& locale) {
+    auto tokens = tokenize(text);
     if (!tokens || tokens->empty()) {
         return std::nullopt;
     }
@@ -389,7 +454,10 @@ std::optional<double> parseDateText(const QString& input, const QLocale& locale)
     for (const Token& token : *tokens) {
         if (token.kind == Token::Number) {
             numbers.push_back({token.value, static_cast<int>(token.text.size())});
-        } else if (token.kind == Token::Word) {
+        } else if (token.kind == Token::Word && !isWeekday(token.text, locale)) {
+            // A weekday name only restates the date. The runtime's CDate reference says a long
+            // date holding one isn't recognized, but the Long Date the program writes holds one
+            // and must read back.
             const int m = monthOf(token.text, locale);
             if (m == 0 || month != 0) {
                 return std::nullopt;
@@ -409,6 +477,54 @@ std::optional<double> parseDateText(const QString& input, const QLocale& locale)
         return std::nullopt;
     }
     return serialOf(kEpoch.daysTo(*date), seconds);
+}
+
+// A date and time read by a pattern, as a serial if they are on the calendar.
+std::optional<double> serialOfParts(const QDate& date, const QTime& time) {
+    if (!date.isValid() || !time.isValid() || date.year() < 100) {
+        return std::nullopt;
+    }
+    return serialOf(kEpoch.daysTo(date), time.msecsSinceStartOfDay() / 1000);
+}
+
+// The program's own text of a date, read by the very patterns it writes with: the Short and Long
+// Date and the default text (regionalFormats, under QLocale()). The general rules can't take all
+// of them (Korean hours are words, Finnish times use ".") and would misread some: a Finnish
+// "13.05.09" is a time, not 13 May 2009.
+std::optional<double> ownDateText(const QString& text) {
+    const RegionalFormats formats = regionalFormats();
+    const QLocale locale;
+    for (const QString& pattern : {formats.shortDate, formats.longDate}) {
+        if (auto serial = serialOfParts(locale.toDate(text, pattern), QTime(0, 0))) {
+            return serial;
+        }
+    }
+    if (auto serial = serialOfParts(kEpoch, locale.toTime(text, formats.longTime))) {
+        return serial;
+    }
+    // A date and its time, parted by a blank; the date may hold blanks of its own.
+    for (qsizetype blank = text.indexOf(' '); blank >= 0; blank = text.indexOf(' ', blank + 1)) {
+        const QDate date = locale.toDate(text.left(blank), formats.shortDate);
+        if (auto serial =
+                serialOfParts(date, locale.toTime(text.mid(blank + 1), formats.longTime))) {
+            return serial;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<double> parseDateText(const QString& input, const QLocale& locale) {
+    const QString text = input.trimmed();
+    // Only QLocale() is the program's own; a caller's other locale, such as SQL's en-US, has
+    // the general rules alone.
+    if (locale == QLocale()) {
+        if (auto serial = ownDateText(text)) {
+            return serial;
+        }
+    }
+    return generalDateText(text, locale);
 }
 
 double CDate(const Variant& value) {
@@ -432,9 +548,7 @@ bool IsDate(const Variant& value) {
 
 double DateAdd(const QString& interval, double number, double date) {
     const Step step = stepOf(interval);
-    // The count is taken as a whole Long, as the runtime's DateAdd reference says of a number
-    // that isn't one, so a count beyond a Long overflows as any Long does.
-    const qint64 count = CLng(std::trunc(number));
+    const qint64 count = wholeCount(number);
     if (step.inMonths) {
         const auto [day, seconds] = dayAndSeconds(date);
         return calendarResult(monthsLater(day, count * step.size) * kSecondsPerDay + seconds);

@@ -16,7 +16,9 @@ struct DateParts {
     int hour = 0, minute = 0, second = 0;
 };
 
-// Raises 5 for a day outside the calendar of 100 to 9999.
+// Months and days past their range roll into the next larger unit (month 13 is January of the next
+// year, day 0 the last of the month before); years 0 to 99 are 2000 to 2029 and 1930 to 1999.
+// Raises 6 for an argument beyond an Integer and 5 for a day outside the calendar of 100 to 9999.
 double DateSerial(int year, int month, int day);
 double TimeSerial(int hour, int minute, int second);
 DateParts splitDate(double serial);
@@ -25,7 +27,8 @@ double joinDate(const DateParts& parts);
 double Now();  // whole seconds, local time
 double Today();
 
-// To a date serial; text is read under QLocale(). Raises 13 for text that is no date, 94 for
+// To a date serial; text is read under QLocale(), the program's own date text by the very patterns
+// it was written with, in any script's digits. Raises 13 for text that is no date, 94 for
 // Null and 6 for a number outside the calendar.
 double CDate(const Variant& value);
 bool IsDate(const Variant& value);
