@@ -19,9 +19,12 @@ struct RegionalFormats {
 };
 RegionalFormats regionalFormats();
 
-// Format(value, format): the named formats ("Short Date", "Long Date", "Medium Time", ...,
-// "Currency", "Fixed", "Standard", "Percent", "General Number") or a number pattern of "0", "#",
-// ",", "." and "%". A value that the format can't take comes back as its default text.
+// Format(value, format): a named format ("General Date", "Short Date", ..., "General Number",
+// "Currency", "Fixed", "Standard", "Percent", "Scientific", "Yes/No", "True/False", "On/Off",
+// in any case) or a pattern: a number pattern of up to four sections (positive;negative;zero;
+// Null), a date pattern of date and time codes, or a text pattern of "@ & < > !". The pattern
+// decides how the value is read; a value it can't take comes back as its default text. Empty gives
+// "", and so does Null unless the pattern has a section for it.
 QString Format(const Variant& value, const QString& format = QString());
 
 // Numbers with `decimals` digits after the point (-1 for the locale's 2), the locale's group

@@ -1,0 +1,215 @@
+// Format's pattern language: numbers, dates and text, and the named forms built on it (en-US).
+
+#include "platform/formats.h"
+#include "platform/rt_error.h"
+
+#include <QLocale>
+
+#include "fixtures.h"
+
+#include <gtest/gtest.h>
+
+using rt::Variant;
+
+namespace {
+
+using testing_support::errorOf;
+
+struct Case {
+    Variant in;
+    const char* pattern;
+    const char* out;
+};
+
+void expectFormats(const std::initializer_list<Case>& cases) {
+    for (const Case& c : cases) {
+        EXPECT_EQ(rt::Format(c.in, QString::fromUtf8(c.pattern)), QString::fromUtf8(c.out))
+            << c.pattern;
+    }
+}
+
+// 5 Jan 2000 13:05:09, a Wednesday (facts sheet: serial 36530 is Wed 5 Jan 2000).
+const Variant kWhen = Variant::date(36530 + (13 * 3600 + 5 * 60 + 9) / 86400.0);
+
+TEST(FormatNumbers, DocumentedPatternsOnFiveMinusFiveHalfAndZero) {
+    // The table of "User-defined numeric formats" (runtime documentation), value by value.
+    const struct {
+        const char* pattern;
+        const char* five;
+        const char* minusFive;
+        const char* half;
+        const char* zero;
+    } rows[] = {
+        {"0", "5", "-5", "1", "0"},
+        {"0.00", "5.00", "-5.00", "0.50", "0.00"},
+        {"#,##0", "5", "-5", "1", "0"},
+        {"#,##0.00;;;Nil", "5.00", "-5.00", "0.50", "0.00"},
+        {"$#,##0;($#,##0)", "$5", "($5)", "$1", "$0"},
+        {"$#,##0.00;($#,##0.00)", "$5.00", "($5.00)", "$0.50", "$0.00"},
+        {"0%", "500%", "-500%", "50%", "0%"},
+        {"0.00%", "500.00%", "-500.00%", "50.00%", "0.00%"},
+        {"0.00E+00", "5.00E+00", "-5.00E+00", "5.00E-01", "0.00E+00"},
+        {"0.00E-00", "5.00E00", "-5.00E00", "5.00E-01", "0.00E00"},
+    };
+    for (const auto& row : rows) {
+        expectFormats({{5, row.pattern, row.five},
+                       {-5, row.pattern, row.minusFive},
+                       {0.5, row.pattern, row.half},
+                       {0, row.pattern, row.zero}});
+    }
+    // Same table: the fourth section shows Null; without one Null shows nothing.
+    expectFormats({{Variant::null(), "#,##0.00;;;Nil", "Nil"}, {Variant::null(), "0.00", ""}});
+}
+
+TEST(FormatNumbers, PlaceholdersScalingAndLiterals) {
+    expectFormats({
+        // "Format function" examples.
+        {5459.4, "##,##0.00", "5,459.40"},
+        {334.9, "###0.00", "334.90"},
+        // "User-defined numeric formats": a comma before the point, or at the end, divides by
+        // 1000 ("##0,," shows 100 million as 100); elsewhere it groups.
+        {100000000.0, "##0,,", "100"},
+        {1234567.0, "#,##0,", "1,235"},
+        {1500.0, "0,.0", "1.5"},
+        // Same page: with only "#" before the point, numbers below 1 start with the point.
+        {0.5, "#.00", ".50"},
+        // Placeholders: a number never loses integer digits; "0" pads, "#" doesn't.
+        {12345, "00", "12345"},
+        {7, "000", "007"},
+        {0.25, "#.##", ".25"},
+        {5, "#.##", "5."},  // the point stays where the pattern puts it (unverified)
+        {5551234567.0, "(000) 000-0000", "(555) 123-4567"},
+        // Same page: backslash and double quotes show literal characters; - + $ ( ) and the
+        // space show as they are.
+        {5, "0 \\k\\g", "5 kg"},
+        {5, "0 \"units\"", "5 units"},
+        {-5, "+0;(0)", "(5)"},
+        // Scientific: the mantissa rounds before the exponent is fixed; placeholders after E
+        // give the exponent's digits.
+        {9.996, "0.00E+00", "1.00E+01"},
+        {12345, "0.0E+0", "1.2E+4"},
+        {0.00012, "0.0e-00", "1.2e-04"},
+        // Halves round away from zero (facts sheet), also after percent scaling.
+        {0.125, "0.0%", "12.5%"},
+        {-0.125, "0.00", "-0.13"},
+        // A negative value that rounds to zero shows no sign.
+        {-0.001, "0.00", "0.00"},
+    });
+}
+
+TEST(FormatNumbers, SectionsPickedBySign) {
+    // "User-defined numeric formats": positive;negative;zero. A negative section shows its own
+    // sign; an empty section takes the positive one's form, with a minus sign.
+    expectFormats({
+        {3, "0;(0);\\Z\\e\\r\\o", "3"},
+        {-3, "0;(0);\\Z\\e\\r\\o", "(3)"},
+        {0, "0;(0);\\Z\\e\\r\\o", "Zero"},
+        {0, "0.0;(0.0)", "0.0"},
+        {-3, "0;;\\Z", "-3"},
+        {0, "0;-0;", "0"},
+        {-0.001, "0;(0);\\Z", "(0)"},  // the section goes by the value, not its rounding
+    });
+}
+
+TEST(FormatNamed, NumberForms) {
+    // "Named formats": Yes/No, True/False, On/Off show the second word for zero; Scientific is
+    // standard scientific notation; Fixed and Standard show two decimals.
+    expectFormats({
+        {0, "Yes/No", "No"},
+        {-2.5, "yes/no", "Yes"},
+        {true, "Yes/No", "Yes"},
+        {false, "True/False", "False"},
+        {"7", "True/False", "True"},
+        {1, "On/Off", "On"},
+        {0.0, "On/Off", "Off"},
+        {"abc", "Yes/No", "abc"},
+        {1234.5, "Scientific", "1.23E+03"},
+        {-0.00012345, "Scientific", "-1.23E-04"},
+        {1234.565, "Fixed", "1234.57"},
+        {1234.5, "Standard", "1,234.50"},
+        {0.125, "Percent", "12.50%"},
+        {Variant::null(), "Yes/No", ""},
+    });
+}
+
+TEST(FormatDates, CodesOnOneMoment) {
+    // "User-defined date/time formats", applied to kWhen; the long and short forms are the en-US
+    // ones of the facts sheet.
+    expectFormats({
+        {kWhen, "mm/dd/yyyy", "01/05/2000"},
+        {kWhen, "m/d/yy", "1/5/00"},
+        {kWhen, "yyyy-mm-dd", "2000-01-05"},
+        {kWhen, "YYYY-MM-DD", "2000-01-05"},
+        {kWhen, "hh:nn:ss AM/PM", "01:05:09 PM"},
+        {kWhen, "h:m:s", "13:5:9"},  // m right after h is the minute
+        {kWhen, "hh:mm", "13:05"},
+        {kWhen, "d dd ddd dddd", "5 05 Wed Wednesday"},
+        {kWhen, "m mm mmm mmmm", "1 01 Jan January"},
+        {kWhen, "ddddd", "1/5/2000"},
+        {kWhen, "dddddd", "Wednesday, January 05, 2000"},
+        {kWhen, "ttttt", "1:05:09 PM"},
+        {kWhen, "c", "1/5/2000 1:05:09 PM"},
+        {Variant::date(36530), "c", "1/5/2000"},
+        {Variant::date(0.5), "c", "12:00:00 PM"},
+        {kWhen, "w ww q y", "4 2 1 5"},  // Weekday 4 (facts sheet); 1 Jan 2000 is a Saturday
+        {Variant::date(36891), "ww y q", "54 366 4"},  // Sun 31 Dec 2000: ww runs to 54
+        {kWhen, "h AM/PM h am/pm h A/P h a/p h AMPM", "1 PM 1 pm 1 P 1 p 1 PM"},
+        {Variant::date(36530), "h:nn AM/PM", "12:00 AM"},
+        {kWhen, "\\d\\a\\y d \"of\" yyyy", "day 5 of 2000"},
+        {kWhen, "ddddddd", "Wednesday, January 05, 20005"},  // longer runs split up
+    });
+}
+
+TEST(FormatDates, ThePatternDecidesHowTheValueIsRead) {
+    expectFormats({
+        {36530, "dddd", "Wednesday"},                   // a number is a day serial
+        {"1/5/2000", "yyyy mmm", "2000 Jan"},           // text is read as a date
+        {"not a date", "yyyy", "not a date"},           // text that is no date stays as it is
+        {Variant::date(36530.25), "0.00", "36530.25"},  // a date is its serial for numbers
+        {Variant::null(), "yyyy", ""},
+        {Variant(), "0", ""},
+    });
+    EXPECT_EQ(errorOf([] { rt::Format(Variant::date(3e6), "yyyy"); }), rt::Overflow);
+}
+
+TEST(FormatDates, SeparatorsAreTheLocales) {
+    // ":" and "/" stand for the locale's time and date separators ("User-defined date/time
+    // formats"); Qt's de_DE short date is "dd.MM.yy" and fi_FI's long time "H.mm.ss".
+    const struct {
+        QLocale locale;
+        const char* pattern;
+        const char* out;
+    } cases[] = {
+        {QLocale(QLocale::German, QLocale::Germany), "dd/mm/yyyy", "05.01.2000"},
+        {QLocale(QLocale::Finnish, QLocale::Finland), "hh:nn", "13.05"},
+        {QLocale(QLocale::English, QLocale::UnitedStates), "dd/mm hh:nn", "05/01 13:05"},
+    };
+    for (const auto& c : cases) {
+        QLocale::setDefault(c.locale);
+        EXPECT_EQ(rt::Format(kWhen, c.pattern), c.out) << c.pattern;
+    }
+}
+
+TEST(FormatText, PlaceholdersAndCase) {
+    // "User-defined string formats": "@" is a character or a space, "&" a character or nothing,
+    // filled from the right unless "!" is given; "<" and ">" force the case; a second section
+    // shows Null and "".
+    expectFormats({
+        {"abc", "@@@@@", "  abc"},
+        {"abc", "!@@@@@", "abc  "},
+        {"abc", "&&&&&", "abc"},
+        {"5551234", "@@@-@@@@", "555-1234"},
+        {"abc", "!@-@@@@", "a-bc  "},
+        {"abcdef", "@@@", "abcdef"},  // nothing is cut off (unverified)
+        {"abcdef", "!@@@", "abcdef"},
+        {"Hello", ">", "HELLO"},
+        {"Hello", "<", "hello"},
+        {"Hello", ">@@@@@@", " HELLO"},
+        {42, "@@@@", "  42"},
+        {"", "@;\"(none)\"", "(none)"},
+        {Variant::null(), "@;\"(none)\"", "(none)"},
+        {Variant::null(), "@", ""},
+    });
+}
+
+}  // namespace
