@@ -220,7 +220,7 @@ TEST_F(SqlFormsTest, TheLevelsAreWrittenThroughTheBareTable) {
     rs->Cols("level3") = QString(245, '0');
     rs->Update();
     rs->CloseRS();
-    EXPECT_EQ(count("sysinfo", "level3name = 'renamed' AND level3 LIKE '000%'"), 1);
+    EXPECT_EQ(count("sysinfo", "level3name = 'renamed' AND level3 LIKE '000*'"), 1);
 }
 
 }  // namespace

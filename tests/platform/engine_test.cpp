@@ -157,7 +157,7 @@ TEST_F(EngineTest, FindComparesByTheEnginesRules) {
     EXPECT_TRUE(rs->noMatch());
     rs->moveFirst();  // a move leaves NoMatch as it was
     EXPECT_TRUE(rs->noMatch());
-    rs->findFirst("age > 26 AND name LIKE 'a%'");
+    rs->findFirst("age > 26 AND name LIKE 'a*'");
     EXPECT_EQ(rt::CStr(rs->field("name").value()), "Alice");
     rs->findFirst("[name] = \"carol\"");
     EXPECT_EQ(rt::CStr(rs->field("age").value()), "25");

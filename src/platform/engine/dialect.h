@@ -30,6 +30,24 @@ QString render(const Tokens& tokens, size_t first = 0, size_t last = size_t(-1))
 // Indexes of the tokens outside any parentheses that are not blanks.
 std::vector<size_t> topLevel(const Tokens& tokens);
 
+// The tokens of one statement or criteria with the dialect's forms the embedded engine lacks
+// written in its terms: DELETE * drops the *, DISTINCTROW over one table goes (each of its rows
+// is distinct already), TOP n becomes LIMIT n, / divides reals, a MOD b is a call, and every
+// function call goes to the engine's own function of that name. Raises 3075 for a function it
+// doesn't know or a form it can't translate, rather than let the embedded engine read it with
+// another meaning. Table definitions are the embedded engine's own and pass as they are.
+Tokens translated(const QString& sql);
+
+// The name under which the embedded engine knows the dialect's function `name`, kept apart from
+// its built-in functions, whose meanings differ.
+QString functionName(const char* name);
+
+// Whether `text` matches the pattern of a LIKE, without regard to case: * any run of characters,
+// ? one, # one digit, [a-c] one of a set or range, [!a] one not in it ([*] is a literal *). A
+// pattern that uses none of those but % or _ is read the ANSI way, % any run and _ one character.
+// Raises 3075 for a [ without its ].
+bool matchesPattern(const QString& text, const QString& pattern);
+
 struct Statement {
     enum Kind { Select, SelectInto, TableName, Action } kind = Action;
     Tokens tokens;
@@ -42,6 +60,9 @@ struct Statement {
     Tokens intoSource;
     // SelectInto from a single table with *: that table, whose columns the new one copies.
     QString intoSourceTable;
+    // Select: the engine type of each item of the select list that is a call of a function with
+    // a type of its own (0 for other items, -1 for a * that stands for any number of columns).
+    std::vector<int> itemTypes;
 };
 
 Statement analyse(const QString& sql);

@@ -5,6 +5,7 @@
 #include "platform/engine/errors.h"
 #include "platform/engine/sqlite_recordset.h"
 #include "platform/engine/sqlite_support.h"
+#include "platform/formats.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,74 +32,174 @@ rt::Variant argument(sqlite3_value* value) {
     }
 }
 
-template <typename Body>
-void guardedFunction(sqlite3_context* context, Body&& body) {
-    try {
-        body();
-    } catch (const rt::Error& failure) {
-        const QByteArray text = failure.description().toUtf8();
-        sqlite3_result_error(context, text.constData(), int(text.size()));
+void setResult(sqlite3_context* context, const rt::Variant& value) {
+    switch (value.type()) {
+        case rt::VarType::Empty:
+        case rt::VarType::Null:
+            sqlite3_result_null(context);
+            return;
+        case rt::VarType::Integer:
+        case rt::VarType::Long:
+        case rt::VarType::Boolean:
+            sqlite3_result_int64(context, value.integerValue());
+            return;
+        case rt::VarType::Currency:
+            sqlite3_result_double(context, double(value.integerValue()) / 10000.0);
+            return;
+        case rt::VarType::Single:
+        case rt::VarType::Double:
+        case rt::VarType::Date:
+            sqlite3_result_double(context, value.realValue());
+            return;
+        case rt::VarType::Bytes:
+            sqlite3_result_blob(context, value.bytes().constData(), int(value.bytes().size()),
+                                SQLITE_TRANSIENT);
+            return;
+        default: {
+            const QByteArray text = value.text().toUtf8();
+            sqlite3_result_text(context, text.constData(), int(text.size()), SQLITE_TRANSIENT);
+        }
     }
 }
 
-// CDATE(text or number): a date read under the machine's locale, as a day serial.
-void cdateFunction(sqlite3_context* context, int, sqlite3_value** values) {
-    guardedFunction(context, [&] {
-        const rt::Variant value = argument(values[0]);
-        if (value.isNull()) {
+using Arguments = std::vector<rt::Variant>;
+
+// One of the dialect's functions as the runtime has it.
+struct Function {
+    const char* name;
+    int arguments;
+    bool takesNull;  // false: a Null argument gives Null without a call
+    rt::Variant (*body)(const Arguments&);
+};
+
+void setFailure(sqlite3_context* context, const rt::Error& failure) {
+    const QByteArray text = failure.description().toUtf8();
+    sqlite3_result_error(context, text.constData(), int(text.size()));
+}
+
+void callFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+    const auto* function = static_cast<const Function*>(sqlite3_user_data(context));
+    Arguments arguments;
+    for (int i = 0; i < count; ++i) {
+        arguments.push_back(argument(values[i]));
+        if (arguments.back().isNull() && !function->takesNull) {
             sqlite3_result_null(context);
             return;
         }
-        sqlite3_result_double(context, rt::CDate(value));
-    });
+    }
+    try {
+        setResult(context, function->body(arguments));
+    } catch (const rt::Error& failure) {
+        setFailure(context, failure);
+    }
 }
 
-// DATEADD(interval, number, date).
-void dateAddFunction(sqlite3_context* context, int, sqlite3_value** values) {
-    guardedFunction(context, [&] {
-        const rt::Variant date = argument(values[2]);
-        if (date.isNull()) {
-            sqlite3_result_null(context);
-            return;
-        }
-        sqlite3_result_double(context, rt::DateAdd(rt::CStr(argument(values[0])),
-                                                   rt::CDbl(argument(values[1])), rt::CDate(date)));
-    });
+// A count of characters: 5 "Invalid procedure call or argument" below `least`.
+int characterCount(const rt::Variant& value, int least) {
+    const qint32 count = rt::CLng(value);
+    if (count < least) {
+        throw rt::Error::standard(rt::InvalidProcedureCall);
+    }
+    return count;
 }
 
-// DATEDIFF(interval, date1, date2).
-void dateDiffFunction(sqlite3_context* context, int, sqlite3_value** values) {
-    guardedFunction(context, [&] {
-        const rt::Variant first = argument(values[1]);
-        const rt::Variant second = argument(values[2]);
-        if (first.isNull() || second.isNull()) {
-            sqlite3_result_null(context);
-            return;
-        }
-        sqlite3_result_int64(context, rt::DateDiff(rt::CStr(argument(values[0])), rt::CDate(first),
-                                                   rt::CDate(second)));
-    });
+// The runtime's trimming takes off blanks only, not tabs or line breaks.
+QString withoutBlanks(const rt::Variant& value, bool leading, bool trailing) {
+    const QString text = rt::CStr(value);
+    qsizetype first = 0;
+    qsizetype end = text.size();
+    while (leading && first < end && text[first] == ' ') {
+        ++first;
+    }
+    while (trailing && end > first && text[end - 1] == ' ') {
+        --end;
+    }
+    return text.mid(first, end - first);
 }
 
-// CHR(code): the character of that code.
-void chrFunction(sqlite3_context* context, int, sqlite3_value** values) {
-    guardedFunction(context, [&] {
-        const QByteArray text = QString(QChar(rt::CInt(argument(values[0])))).toUtf8();
-        sqlite3_result_text(context, text.constData(), int(text.size()), SQLITE_TRANSIENT);
-    });
+rt::Variant modulo(const Arguments& a) {
+    const qint32 dividend = rt::CLng(a[0]);
+    const qint32 divisor = rt::CLng(a[1]);
+    if (divisor == 0) {
+        throw rt::Error::standard(rt::DivisionByZero);
+    }
+    return divisor == -1 ? 0 : dividend % divisor;  // the sign of the dividend, as C++ gives it
 }
 
-void nowFunction(sqlite3_context* context, int, sqlite3_value**) {
-    sqlite3_result_double(context, rt::Now());
+rt::Variant mid(const Arguments& a) {
+    const int start = characterCount(a[1], 1);
+    const int length = a.size() > 2 ? characterCount(a[2], 0) : -1;
+    return rt::CStr(a[0]).mid(start - 1, length);
+}
+
+const Function kFunctions[] = {
+    {"CDate", 1, false, [](const Arguments& a) { return rt::Variant::date(rt::CDate(a[0])); }},
+    {"DateAdd", 3, false,
+     [](const Arguments& a) {
+         return rt::Variant::date(rt::DateAdd(rt::CStr(a[0]), rt::CDbl(a[1]), rt::CDate(a[2])));
+     }},
+    {"DateDiff", 3, false,
+     [](const Arguments& a) {
+         return rt::Variant(int(rt::DateDiff(rt::CStr(a[0]), rt::CDate(a[1]), rt::CDate(a[2]))));
+     }},
+    {"Now", 0, false, [](const Arguments&) { return rt::Variant::date(rt::Now()); }},
+    {"Date", 0, false, [](const Arguments&) { return rt::Variant::date(rt::Today()); }},
+    {"Year", 1, false,
+     [](const Arguments& a) { return rt::Variant(qint16(rt::splitDate(rt::CDate(a[0])).year)); }},
+    {"Month", 1, false,
+     [](const Arguments& a) { return rt::Variant(qint16(rt::splitDate(rt::CDate(a[0])).month)); }},
+    {"Day", 1, false,
+     [](const Arguments& a) { return rt::Variant(qint16(rt::splitDate(rt::CDate(a[0])).day)); }},
+    {"Chr", 1, false,
+     [](const Arguments& a) { return rt::Variant(QString(QChar(rt::CInt(a[0])))); }},
+    {"UCase", 1, false, [](const Arguments& a) { return rt::Variant(rt::CStr(a[0]).toUpper()); }},
+    {"LCase", 1, false, [](const Arguments& a) { return rt::Variant(rt::CStr(a[0]).toLower()); }},
+    {"Len", 1, false, [](const Arguments& a) { return rt::Variant(int(rt::CStr(a[0]).size())); }},
+    {"Left", 2, false,
+     [](const Arguments& a) { return rt::Variant(rt::CStr(a[0]).left(characterCount(a[1], 0))); }},
+    {"Right", 2, false,
+     [](const Arguments& a) { return rt::Variant(rt::CStr(a[0]).right(characterCount(a[1], 0))); }},
+    {"Mid", 2, false, mid},
+    {"Mid", 3, false, mid},
+    {"Trim", 1, false,
+     [](const Arguments& a) { return rt::Variant(withoutBlanks(a[0], true, true)); }},
+    {"LTrim", 1, false,
+     [](const Arguments& a) { return rt::Variant(withoutBlanks(a[0], true, false)); }},
+    {"RTrim", 1, false,
+     [](const Arguments& a) { return rt::Variant(withoutBlanks(a[0], false, true)); }},
+    {"Nz", 2, true, [](const Arguments& a) { return a[0].isNull() ? a[1] : a[0]; }},
+    {"IIf", 3, true,
+     [](const Arguments& a) { return !a[0].isNull() && rt::CBool(a[0]) ? a[1] : a[2]; }},
+    {"Format", 1, false, [](const Arguments& a) { return rt::Variant(rt::Format(a[0])); }},
+    {"Format", 2, false,
+     [](const Arguments& a) { return rt::Variant(rt::Format(a[0], rt::CStr(a[1]))); }},
+    {"Mod", 2, false, modulo},
+};
+
+// The embedded engine's LIKE operator calls like(pattern, text); the dialect's wildcards replace
+// its own.
+void likeFunction(sqlite3_context* context, int, sqlite3_value** values) {
+    const rt::Variant pattern = argument(values[0]);
+    const rt::Variant text = argument(values[1]);
+    if (pattern.isNull() || text.isNull()) {
+        sqlite3_result_null(context);
+        return;
+    }
+    try {
+        sqlite3_result_int(context,
+                           dialect::matchesPattern(rt::CStr(text), rt::CStr(pattern)) ? 1 : 0);
+    } catch (const rt::Error& failure) {
+        setFailure(context, failure);
+    }
 }
 
 void registerFunctions(sqlite3* db) {
-    const int flags = SQLITE_UTF8;
-    sqlite3_create_function(db, "CDATE", 1, flags, nullptr, cdateFunction, nullptr, nullptr);
-    sqlite3_create_function(db, "DATEADD", 3, flags, nullptr, dateAddFunction, nullptr, nullptr);
-    sqlite3_create_function(db, "DATEDIFF", 3, flags, nullptr, dateDiffFunction, nullptr, nullptr);
-    sqlite3_create_function(db, "CHR", 1, flags, nullptr, chrFunction, nullptr, nullptr);
-    sqlite3_create_function(db, "NOW", 0, flags, nullptr, nowFunction, nullptr, nullptr);
+    for (const Function& function : kFunctions) {
+        sqlite3_create_function(db, dialect::functionName(function.name).toUtf8().constData(),
+                                function.arguments, SQLITE_UTF8, const_cast<Function*>(&function),
+                                callFunction, nullptr, nullptr);
+    }
+    sqlite3_create_function(db, "like", 2, SQLITE_UTF8, nullptr, likeFunction, nullptr, nullptr);
 }
 
 bool tableExists(sqlite3* db, const QString& schema, const QString& table) {

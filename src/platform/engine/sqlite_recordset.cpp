@@ -4,13 +4,16 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace engine {
 
 SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
                                  const dialect::Statement& statement, QString source)
     : connection_(std::move(connection)),
       source_(std::move(source)),
-      table_(statement.updatableTable) {
+      table_(statement.updatableTable),
+      itemTypes_(statement.itemTypes) {
     if (statement.kind == dialect::Statement::TableName) {
         sql_ = "SELECT rowid, * FROM " + quoteName(table_);
     } else if (!table_.isEmpty()) {
@@ -54,6 +57,21 @@ void SqliteRecordset::checkOpen() const {
     }
 }
 
+int SqliteRecordset::itemType(int column, int columns) const {
+    // A * stands for any number of columns: the items before the first one count from the
+    // front, those after the last one from the back.
+    const int items = int(itemTypes_.size());
+    const auto star = std::find(itemTypes_.begin(), itemTypes_.end(), -1);
+    const int before = int(star - itemTypes_.begin());
+    const int after =
+        int(std::find(itemTypes_.rbegin(), itemTypes_.rend(), -1) - itemTypes_.rbegin());
+    if (column < before) {
+        return itemTypes_[column];
+    }
+    const int fromBack = columns - 1 - column;
+    return fromBack < after ? itemTypes_[items - 1 - fromBack] : 0;
+}
+
 void SqliteRecordset::load() {
     Prepared statement(db(), sql_, source_);
     const int first = table_.isEmpty() ? 0 : 1;
@@ -64,7 +82,8 @@ void SqliteRecordset::load() {
             column.info.name = QString::fromUtf8(sqlite3_column_name(statement.get(), c));
             const char* declared = sqlite3_column_decltype(statement.get(), c);
             const QString declaredType = declared ? QString::fromUtf8(declared) : QString();
-            column.info.type = fieldTypeOf(declaredType);
+            column.info.type =
+                declared ? fieldTypeOf(declaredType) : itemType(c - first, count - first);
             column.info.size = fieldSizeOf(column.info.type, declaredType);
             const char* origin = sqlite3_column_origin_name(statement.get(), c);
             const char* originTable = sqlite3_column_table_name(statement.get(), c);
@@ -254,7 +273,7 @@ void SqliteRecordset::find(const QString& criteria, int from) {
     checkOpen();
     leaveEdit();
     // Column names in the criteria read the row's values; text compares without regard to case.
-    dialect::Tokens tokens = dialect::tokenize(criteria);
+    dialect::Tokens tokens = dialect::translated(criteria);
     std::vector<int> parameterColumns;
     for (size_t i = 0; i < tokens.size(); ++i) {
         dialect::Token& token = tokens[i];

@@ -73,6 +73,7 @@ private:
     sqlite3* db() const;
     void checkOpen() const;
     void load();
+    int itemType(int column, int columns) const;  // by the select list; 0 when it doesn't say
     bool hasCurrent() const;
     const Row& currentRow() const;
     void visit(int index);
@@ -90,6 +91,7 @@ private:
     QString sql_;     // the embedded engine's text, with the rowid first where updatable
     QString source_;  // as the caller wrote it
     QString table_;   // empty when the rows can't be written
+    std::vector<int> itemTypes_;
     std::vector<Column> columns_;
     std::vector<Row> rows_;
     int position_ = -1;
