@@ -8,6 +8,7 @@
 #include "platform/convert.h"
 #include "platform/dates.h"
 #include "platform/ui.h"
+#include "settings/options.h"
 #include "settings/settings_file.h"
 
 namespace {
@@ -161,6 +162,9 @@ bool ValidateLogon(LogonWindow& frm, const QString& sServer, bool bIsDocsIN, boo
     fillReachableEntries(userId);
     rsUser->CloseRS();
     rsSysinfo->CloseRS();
+    // The options are the user's own, so their shared cursor opens here, once the user is known
+    // and for the rest of the run; the option routines expect it open and don't open it.
+    gOptionsRS = gDBase.OpenRecordset(QStringLiteral("SELECT * FROM options"));
 
     WriteIni(QStringLiteral("LG"), ProgramSection(), frm.logonText());
     WriteIni(QStringLiteral("WP"), ProgramSection(),

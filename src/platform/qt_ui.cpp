@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -151,9 +152,19 @@ std::optional<QString> QtUi::openFileDialog(const FileDialogRequest& request) {
 
 int QtUi::launch(const QString& file) {
     const QUrl url = QUrl::fromUserInput(file, QString(), QUrl::AssumeLocalFile);
-    if (url.isLocalFile() && !QFileInfo::exists(url.toLocalFile())) {
-        return 2;
+    if (url.isEmpty() || !url.isValid()) {
+        return 2;  // a blank name names no file
     }
+    if (url.isLocalFile()) {
+        const QFileInfo info(url.toLocalFile());
+        if (!info.exists()) {
+            return info.dir().exists() ? 2 : 3;
+        }
+        if (!info.isReadable()) {
+            return 5;
+        }
+    }
+    // The desktop tells no more than that it found nothing to open the file with.
     return QDesktopServices::openUrl(url) ? 42 : 31;
 }
 

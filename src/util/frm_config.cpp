@@ -2,6 +2,8 @@
 
 #include "util/artwork.h"
 
+#include <QLabel>
+
 #include <memory>
 
 namespace {
@@ -22,10 +24,33 @@ bool frmConfig::exists() {
 frmConfig::frmConfig() {
     setObjectName(QStringLiteral("frmConfig"));
     setWindowTitle(QStringLiteral("WF Configuration Form"));
-    ilLogos = new ImageList(QStringLiteral("ilLogos"), this);
+    ilAppGraphic = imageList("ilAppGraphic");
+    ilLogos = imageList("ilLogos");
     ilLogos->add(artwork::makerLogo(), QStringLiteral("orvane"));
-    imglstReminders = new ImageList(QStringLiteral("imglstReminders"), this);
+    picSizer = pictureBox("picSizer");
+    ilRefLibrary = imageList("ilRefLibrary");
+    ilPriorities = imageList("ilPriorities");
+    ilColors = imageList("ilColors");
+    ilFiles = imageList("ilFiles");
+    imglstReminders = imageList("imglstReminders");
     for (int i = 0; i < artwork::kActivityImages; ++i) {
         imglstReminders->add(artwork::activityImage(i));
     }
+    imglstLists = imageList("imglstLists");
+    ilMainToolbar = imageList("ilMainToolbar");
+    ilToday = imageList("ilToday");
+    ilTools = imageList("ilTools");
+    ilTopToolbar = imageList("ilTopToolbar");
+    picChart = pictureBox("picChart");
+    picBkg = pictureBox("picBkg");
+}
+
+ImageList* frmConfig::imageList(const char* name) {
+    return new ImageList(QString::fromLatin1(name), this);
+}
+
+QLabel* frmConfig::pictureBox(const char* name) {
+    auto* box = new QLabel(this);
+    box->setObjectName(QString::fromLatin1(name));
+    return box;
 }
