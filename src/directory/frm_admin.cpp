@@ -1,10 +1,12 @@
 #include "directory/frm_admin.h"
 
+#include "access/level_store.h"
 #include "access/right_catalogue.h"
 #include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_delete_employee.h"
 #include "directory/frm_employee.h"
+#include "fields/user_fields_tab.h"
 #include "logon/frm_startup.h"
 #include "logon/logon_state.h"
 #include "logon/version_gate.h"
@@ -13,12 +15,14 @@
 #include "platform/ui.h"
 #include "settings/terminology.h"
 #include "util/artwork.h"
+#include "util/frm_about.h"
 #include "util/report_list.h"
 #include "util/twips.h"
 #include "util/widgets.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFocusEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
@@ -91,6 +95,7 @@ void frmAdmin::buildMenus() {
     OnEvent(mnLogOff, &QAction::triggered, this, [this] { mnLogOff_Click(); });
     OnEvent(mnClearRTS, &QAction::triggered, this, [this] { mnClearRTS_Click(); });
     connect(mnHelpTopics, &QAction::triggered, this, [this] { mnHelpTopics_Click(); });
+    OnEvent(mnAbout, &QAction::triggered, this, [this] { ShowAbout(this, gCompanyName); });
 }
 
 void frmAdmin::buildTabs(QWidget* area) {
@@ -140,13 +145,28 @@ void frmAdmin::buildAccessLevelsPage(QWidget* page) {
     cmbLevel = place<QComboBox>(page, "cmbLevel", QRect(52, 10, 200, 24));
     Label1[1] = place<QLabel>(page, "Label1(1)", QRect(270, 12, 40, 22), "Name");
     txtAccessLevel = place<QLineEdit>(page, "txtAccessLevel", QRect(312, 10, 200, 24));
-    txtAccessLevel->setMaxLength(25);
+    txtAccessLevel->setMaxLength(kLevelNameLength);
     Frame1 = place<QGroupBox>(page, "Frame1", QRect(8, 42, 556, 236));
     Label1[2] = place<QLabel>(Frame1, "Label1(2)", QRect(10, 6, 200, 20), "Allow Access to...");
     lstAccessGroups = place<QListWidget>(Frame1, "lstAccessGroups", QRect(10, 28, 190, 198));
     Label1[3] =
         place<QLabel>(Frame1, "Label1(3)", QRect(210, 6, 300, 20), "Can Modify the Following...");
     lstAccess = place<QListWidget>(Frame1, "lstAccess", QRect(210, 28, 336, 198));
+
+    // A choice by mouse or keyboard, of another level or of the one in hand.
+    OnEvent(cmbLevel, &QComboBox::activated, this, [this] { cmbLevel_Click(); });
+    connect(lstAccessGroups, &QListWidget::currentRowChanged, this, [this](int row) {
+        // Emptying the list leaves no row selected; there is no group to show then.
+        if (row >= 0) {
+            platform::runHandler([this] { lstAccessGroups_Click(); });
+        }
+    });
+    for (QListWidget* list : {lstAccessGroups, lstAccess}) {
+        connect(list, &QListWidget::itemChanged, this,
+                [this](QListWidgetItem* row) { lstRights_ItemCheck(row); });
+    }
+    OnEvent(txtAccessLevel, &QLineEdit::textChanged, this, [this] { txtAccessLevel_Change(); });
+    txtAccessLevel->installEventFilter(this);
 }
 
 void frmAdmin::buildUserFieldsPage(QWidget* page) {
@@ -161,6 +181,8 @@ void frmAdmin::buildUserFieldsPage(QWidget* page) {
             place<QRadioButton>(Frame2, QStringLiteral("optClass(%1)").arg(i),
                                 QRect(10, 22 + 26 * i, 128, 22), QString::fromLatin1(captions[i]));
     }
+    lstUDF->onColumnClick = [this](int column) { lstColumnClick(lstUDF, column); };
+    userFields = new UserFieldsTab(cmbUDF, lstUDF, {optClass[0], optClass[1], optClass[2]}, this);
 }
 
 void frmAdmin::buildButtons(QWidget* area) {
@@ -175,6 +197,7 @@ void frmAdmin::buildButtons(QWidget* area) {
     OnEvent(cmdNew, &QPushButton::clicked, this, [this] { cmdNew_Click(); });
     OnEvent(cmdEdit, &QPushButton::clicked, this, [this] { cmdEdit_Click(); });
     OnEvent(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
+    OnEvent(cmdSave, &QPushButton::clicked, this, [this] { SaveAccesslevel(); });
     setTabOrder(cmdNew, cmdEdit);
     setTabOrder(cmdEdit, cmdDelete);
     setTabOrder(cmdDelete, cmdSave);
@@ -237,15 +260,12 @@ void frmAdmin::tabAdmin_Click(int) {
         } else if (tab == AccessLevels) {
             for (int i = 0; i <= 9; ++i) {
                 cmbLevel->addItem(gLevelNames(i));
-                cmbLevel->setCurrentIndex(0);  // only the first set changes anything
             }
+            // The first level is selected and loaded as if the administrator had chosen it.
+            cmbLevel->setCurrentIndex(0);
+            cmbLevel_Click();
         } else {
-            cmbUDF->addItem(QStringLiteral("Personal Contact User Fields"));
-            cmbUDF->addItem(gTermFinancial + " Contact User Fields");
-            cmbUDF->addItem(QStringLiteral("List User Fields"));
-            cmbUDF->addItem(gTermProject + " User Fields");
-            cmbUDF->addItem(QStringLiteral("Account User Fields"));
-            cmbUDF->setCurrentIndex(0);
+            userFields->FillKinds();
         }
         bTabLoaded[tab] = true;
     }
@@ -496,12 +516,87 @@ void frmAdmin::closeEvent(QCloseEvent* event) {
 }
 
 void frmAdmin::Form_Unload() {
-    if (bLevelDirty) {
-        // Saving joins here with the access level editor.
-        ShowMsg(QStringLiteral("Save access level changes?"), platform::Msg::YesNo);
+    if (bLevelDirty && ShowMsg(QStringLiteral("Save access level changes?"),
+                               platform::Msg::YesNo) == platform::Msg::Yes) {
+        SaveAccesslevel();
     }
     // There is no way to cancel closing; the database is left to the engine.
     End();
+}
+
+bool frmAdmin::eventFilter(QObject* watched, QEvent* event) {
+    // Focus that goes to another window or to a popup comes back to the box: it isn't left.
+    if (watched == txtAccessLevel && event->type() == QEvent::FocusOut) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+            platform::runHandler([this] { txtAccessLevel_LostFocus(); });
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void frmAdmin::cmbLevel_Click() {
+    // A save here still goes under the level in hand; No drops its changes, but the level list
+    // keeps a typed name for the rest of the run.
+    if (bLevelDirty &&
+        ShowMsg(QStringLiteral("Save changes?"), platform::Msg::YesNo) == platform::Msg::Yes) {
+        SaveAccesslevel();
+    }
+    nLevelIndex = qint16(cmbLevel->currentIndex());
+    ReadLevel(nLevelIndex);
+    bLevelLoading = true;
+    fillRights(lstAccessGroups, -1);
+    txtAccessLevel->setText(cmbLevel->currentText());
+    lstAccessGroups->setCurrentRow(0);
+    lstAccessGroups_Click();
+    bLevelLoading = false;
+    bLevelDirty = false;  // setting the name counted as an edit
+}
+
+void frmAdmin::lstAccessGroups_Click() {
+    bLevelLoading = true;
+    fillRights(lstAccess, qint16(lstAccessGroups->currentItem()->data(Qt::UserRole).toInt()));
+    lstAccess->setCurrentRow(0);
+    bLevelLoading = false;
+}
+
+void frmAdmin::fillRights(QListWidget* list, qint16 group) {
+    list->clear();
+    for (qint16 position : RightsOfGroup(group)) {
+        list->addItem(gRightCaptions(position));
+        QListWidgetItem* row = list->item(list->count() - 1);
+        row->setData(Qt::UserRole, position);
+        row->setFlags(row->flags() | Qt::ItemIsUserCheckable);
+        row->setCheckState(gRightValues(position) ? Qt::Checked : Qt::Unchecked);
+    }
+}
+
+void frmAdmin::lstRights_ItemCheck(QListWidgetItem* row) {
+    if (bLevelLoading) {
+        return;
+    }
+    // A group's tick leaves its children's as they are; the next load denies them.
+    bLevelDirty = true;
+    gRightValues(row->data(Qt::UserRole).toInt()) = row->checkState() == Qt::Checked;
+}
+
+void frmAdmin::txtAccessLevel_Change() {
+    bLevelDirty = true;
+    cmbLevel->setItemText(cmbLevel->currentIndex(), txtAccessLevel->text());
+}
+
+void frmAdmin::txtAccessLevel_LostFocus() {
+    if (txtAccessLevel->text().isEmpty()) {
+        ShowMsg(QStringLiteral("You must enter a level name."));
+        txtAccessLevel->setText(kUnnamedLevel);
+    }
+}
+
+void frmAdmin::SaveAccesslevel() {
+    ShowBusy();
+    WriteLevel(nLevelIndex, txtAccessLevel->text());
+    bLevelDirty = false;
+    ShowIdle();
 }
 
 bool frmAdmin::VerifyDatabase(std::unique_ptr<RecSet>& rsOut) {

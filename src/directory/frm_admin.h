@@ -12,11 +12,13 @@ class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QListWidgetItem;
 class QMenu;
 class QPushButton;
 class QRadioButton;
 class QTabWidget;
 class ReportList;
+class UserFieldsTab;
 
 // The console: the tab strip with the directory lists and the access level and user field pages,
 // the row of command buttons, and the menus. It holds an open cursor per kind of entry for the
@@ -42,7 +44,7 @@ public:
     void LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs);
 
     void Form_Activate();
-    // Asks about unsaved access level changes, then ends the run.
+    // Asks about unsaved access level changes, saving them on Yes, then ends the run.
     void Form_Unload();
     void tabAdmin_Click(int previousTab);
     void cmdNew_Click();
@@ -52,7 +54,18 @@ public:
     void mnLogOff_Click();
     void mnClearRTS_Click();
     void mnHelpTopics_Click();
-    // A click on a column head of a directory list; the order alternates across all lists.
+    // Writes the name and the rights of the level in hand.
+    void SaveAccesslevel();
+    // A choice on the level list, the level in hand included: offers to save, then loads it.
+    void cmbLevel_Click();
+    // Shows the rights of the selected group.
+    void lstAccessGroups_Click();
+    // A tick or untick on either list of rights.
+    void lstRights_ItemCheck(QListWidgetItem* row);
+    // The level list follows the name as it is typed.
+    void txtAccessLevel_Change();
+    void txtAccessLevel_LostFocus();
+    // A click on a column head of a list; the order alternates across all lists.
     void lstColumnClick(ReportList* list, int column);
     void lstDblClick(ReportList* list);
 
@@ -66,6 +79,8 @@ public:
     bool bStarted = false;
     qint16 nSortOrder = 0;
     bool bLevelDirty = false;
+    bool bLevelLoading = false;  // a list of rights is being filled; its ticks are not edits
+    qint16 nLevelIndex = 0;      // the level in hand, 0 to 9
 
     QTabWidget* tabAdmin;
     ReportList* lstEmployees;
@@ -82,6 +97,7 @@ public:
     ReportList* lstUDF;
     QGroupBox* Frame2;
     QRadioButton* optClass[3];
+    UserFieldsTab* userFields;
     QPushButton* cmdNew;
     QPushButton* cmdEdit;
     QPushButton* cmdDelete;
@@ -103,6 +119,7 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     // What goes with a tab that lists entries.
@@ -132,6 +149,8 @@ private:
     void buildDirectoryList(ReportList*& list, const QString& name, int tab, QRect geometry,
                             const std::vector<std::pair<QString, int>>& columns);
     void buildAccessLevelsPage(QWidget* page);
+    // Fills the list with the rights of that group (-1: the groups), ticked as granted.
+    void fillRights(QListWidget* list, qint16 group);
     void buildUserFieldsPage(QWidget* page);
     void buildButtons(QWidget* area);
 

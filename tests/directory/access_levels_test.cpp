@@ -1,0 +1,308 @@
+// The Access Levels tab of a logged-on console: loading a level into its two lists, ticks and
+// names as edits, the prompts on a change of level and on closing, and what a save stores.
+
+#include "access/right_catalogue.h"
+#include "directory/frm_admin.h"
+#include "directory/frm_employee.h"
+#include "fixtures.h"
+#include "logon/command_line.h"
+#include "platform/convert.h"
+
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QtTest/QTest>
+
+namespace {
+
+namespace Msg = platform::Msg;
+using platform::RunEnded;
+
+// Positions of the catalogue that the tests work on.
+constexpr int kContacts = 0;
+constexpr int kAccounts = 1;
+constexpr int kBillingAccounts = 2;
+constexpr int kProjects = 3;
+constexpr int kAdministration = 8;
+constexpr int kLibrary = 84;
+constexpr int kModifyNameOfClients = 11;
+constexpr int kClientAccountsNumber = 23;
+constexpr int kBillingCodes = 43;
+constexpr int kProjectOwner = 51;
+constexpr int kAccessAllClients = 76;
+
+class AccessLevelsTest : public testing_support::DemoTest {
+protected:
+    void SetUp() override {
+        DemoTest::SetUp();
+        demo = engine::openDatabase(demoDatabase());
+    }
+    void TearDown() override {
+        console.hide();
+        demo->close();
+        DemoTest::TearDown();
+    }
+    // Logs on and opens the tab, which loads the first level.
+    void start() {
+        SetCommandLine("-ladmin -porvane");
+        console.Form_Activate();
+        console.tabAdmin->setCurrentIndex(frmAdmin::AccessLevels);
+        ui.messages.clear();
+    }
+    // The administrator's choice of a level on the list.
+    void chooseLevel(int index) {
+        console.cmbLevel->setCurrentIndex(index);
+        emit console.cmbLevel->activated(index);
+    }
+    static QListWidgetItem* rowOf(QListWidget* list, int position) {
+        for (int r = 0; r < list->count(); ++r) {
+            if (list->item(r)->data(Qt::UserRole).toInt() == position) {
+                return list->item(r);
+            }
+        }
+        return nullptr;
+    }
+    // The row of a group, or of a right after selecting its group.
+    QListWidgetItem* showRight(int position) {
+        if (gRightGroups(position) == -1) {
+            return rowOf(console.lstAccessGroups, position);
+        }
+        console.lstAccessGroups->setCurrentItem(
+            rowOf(console.lstAccessGroups, gRightGroups(position)));
+        return rowOf(console.lstAccess, position);
+    }
+    bool shownTicked(int position) { return showRight(position)->checkState() == Qt::Checked; }
+    void tick(int position, bool ticked) {
+        showRight(position)->setCheckState(ticked ? Qt::Checked : Qt::Unchecked);
+    }
+    QStringList captions(QListWidget* list) const {
+        QStringList result;
+        for (int r = 0; r < list->count(); ++r) {
+            result << list->item(r)->text();
+        }
+        return result;
+    }
+    QString stored(const QString& column) {
+        return rt::CStr(
+            demo->openRecordset("SELECT " + column + " FROM sysinfo")->field(0).value());
+    }
+    // What the next entry editor offers as the name of level 1.
+    static QString editorsFirstLevel() {
+        frmEmployee editor;
+        return editor.cmbAccess->itemText(0);
+    }
+    void setStored(const QString& column, const QString& text) {
+        demo->execute("UPDATE sysinfo SET " + column + " = '" + text + "'");
+    }
+
+    std::unique_ptr<engine::Database> demo;
+    frmAdmin console;
+};
+
+TEST_F(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
+    start();
+    EXPECT_EQ(console.cmbLevel->count(), 10);
+    EXPECT_EQ(console.cmbLevel->itemText(3), "Senior Associate");
+    EXPECT_EQ(console.nLevelIndex, 0);
+    EXPECT_EQ(console.txtAccessLevel->text(), "Clerk");
+    EXPECT_FALSE(console.bLevelDirty);
+    EXPECT_FALSE(console.bLevelLoading);
+    // Groups by position, so the library, catalogued ninth, comes last.
+    EXPECT_EQ(captions(console.lstAccessGroups),
+              QStringList({"Contacts", "Accounts", "Billing Accounts", "Projects",
+                           "Planner and Scheduling", "Lists and Marketing", "Products", "Reports",
+                           "Administration", "Library"}));
+    EXPECT_EQ(console.lstAccessGroups->currentRow(), 0);
+    ASSERT_EQ(console.lstAccess->count(), 12);
+    EXPECT_EQ(console.lstAccess->item(1)->text(), "Modify Name of Clients");
+    EXPECT_EQ(console.lstAccess->currentRow(), 0);
+
+    console.lstAccessGroups->setCurrentItem(rowOf(console.lstAccessGroups, kAccounts));
+    // Posting is catalogued first among the accounts' rights but stands by its position.
+    EXPECT_EQ(console.lstAccess->item(console.lstAccess->count() - 1)->text(),
+              "Access to Posting of Transactions");
+    EXPECT_EQ(console.lstAccess->currentRow(), 0);
+
+    // The installer denies a clerk the administration and the library, and with them their
+    // rights.
+    const struct {
+        int position;
+        bool ticked;
+    } ticks[] = {{kContacts, true},        {kModifyNameOfClients, true},
+                 {kAdministration, false}, {kAccessAllClients, false},
+                 {kLibrary, false},        {83, false}};
+    for (const auto& t : ticks) {
+        EXPECT_EQ(shownTicked(t.position), t.ticked) << t.position;
+    }
+    EXPECT_FALSE(console.bLevelDirty);  // showing a group is no edit
+}
+
+TEST_F(AccessLevelsTest, TicksEditTheRightsInHandAndASaveStoresThem) {
+    start();
+    tick(kModifyNameOfClients, false);
+    EXPECT_TRUE(console.bLevelDirty);
+    tick(kLibrary, true);
+    tick(83, true);
+    tick(kAdministration, true);
+    tick(kAdministration, false);  // a group's tick leaves its rights as they stand
+    EXPECT_FALSE(gRightValues(kModifyNameOfClients));
+    EXPECT_TRUE(gRightValues(kLibrary));
+    EXPECT_TRUE(shownTicked(83));
+
+    console.cmdSave->click();
+    EXPECT_FALSE(console.bLevelDirty);
+    EXPECT_TRUE(ui.messages.empty());
+    const QString text = stored("level1");
+    ASSERT_EQ(text.size(), 245);
+    EXPECT_EQ(text[kModifyNameOfClients], '0');
+    EXPECT_EQ(text[kLibrary], '1');
+    EXPECT_EQ(text[83], '1');
+    EXPECT_EQ(text[kAdministration], '0');
+    EXPECT_EQ(text[kContacts], '1');
+    EXPECT_EQ(stored("level1name"), "Clerk");
+    EXPECT_FALSE(ui.busy);
+}
+
+// The stored text covers positions 0 to 244 in "1" and "0" only: free positions are written
+// denied and whatever stood beyond is gone; the name goes in as typed.
+TEST_F(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
+    QString text = QString(245, '1') + QString(55, 'x');
+    text[9] = 'x';
+    text[100] = '1';
+    text[kAdministration] = '0';
+    setStored("level2", text);
+    start();
+    chooseLevel(1);
+    EXPECT_EQ(gLevelText.size(), 255);
+    console.txtAccessLevel->setText(" Paralegal ");
+    console.SaveAccesslevel();
+
+    QString expected = QString(245, '1');
+    for (int p : {9, 46, 47, 48, 57, 58, 59, 72, 73}) {
+        expected[p] = '0';
+    }
+    expected.replace(85, 160, QString(160, '0'));
+    for (int p : {kAdministration, 76, 77, 78, 79, 80}) {
+        expected[p] = '0';  // the denied administration group and, with it, its rights
+    }
+    EXPECT_EQ(stored("level2"), expected);
+    EXPECT_EQ(gLevelText, expected + QString(10, ' '));
+    EXPECT_EQ(stored("level2name"), " Paralegal ");
+    EXPECT_EQ(gLevelNames(1), " Paralegal ");
+}
+
+TEST_F(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
+    const struct {
+        const char* what;
+        int answer;
+        int nextLevel;
+        QString typedName;
+        QString storedName;  // of level 1, in gLevelNames and the next entry editor too
+        QChar storedRight;
+    } cases[] = {
+        {"Yes saves the edits", Msg::Yes, 4, "Trainee", "Trainee", '0'},
+        {"No drops them", Msg::No, 4, "Junior", "Clerk", '1'},
+        {"No on the level in hand reloads it", Msg::No, 0, "Intern", "Clerk", '1'},
+    };
+    start();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        chooseLevel(0);
+        ui.messages.clear();
+        console.txtAccessLevel->setText(c.typedName);
+        EXPECT_EQ(console.cmbLevel->itemText(0), c.typedName);  // the list follows the box
+        tick(kClientAccountsNumber, false);
+        ui.answers.push_back(c.answer);
+        chooseLevel(c.nextLevel);
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(ui.messages[0].text, "Save changes?");
+        EXPECT_EQ(ui.messages[0].buttons, Msg::YesNo);
+        EXPECT_EQ(stored("level1name"), c.storedName);
+        EXPECT_EQ(stored("level1")[kClientAccountsNumber], c.storedRight);
+        EXPECT_EQ(gLevelNames(0), c.storedName);
+        EXPECT_EQ(editorsFirstLevel(), c.storedName);
+        // The level list keeps the typed name for the run, whatever was answered.
+        EXPECT_EQ(console.cmbLevel->itemText(0), c.typedName);
+
+        EXPECT_EQ(console.nLevelIndex, c.nextLevel);
+        EXPECT_EQ(console.txtAccessLevel->text(), console.cmbLevel->itemText(c.nextLevel));
+        // The new level shows from its first group on.
+        EXPECT_EQ(console.lstAccessGroups->currentRow(), 0);
+        EXPECT_EQ(console.lstAccess->item(0)->text(), "Create/Delete Clients");
+        EXPECT_TRUE(shownTicked(kClientAccountsNumber));
+        EXPECT_FALSE(console.bLevelDirty);
+        chooseLevel(c.nextLevel);  // nothing unsaved: no question
+        EXPECT_EQ(ui.messages.size(), 1u);
+        setStored("level1name", "Clerk");
+        setStored("level1", QString(245, '1'));
+    }
+}
+
+// Denying contacts denies the accounts, billing accounts and projects and all their rights at
+// the next load, though their characters still grant; the save after that stores them denied.
+TEST_F(AccessLevelsTest, UntickedContactsDenyTheirDependantsFromTheNextLoad) {
+    start();
+    tick(kContacts, false);
+    console.SaveAccesslevel();
+    const int dependants[] = {
+        kAccounts,     kBillingAccounts, kProjects, kModifyNameOfClients, kClientAccountsNumber,
+        kBillingCodes, kProjectOwner};
+    for (int p : dependants) {
+        EXPECT_EQ(stored("level1")[p], '1') << p;
+    }
+    chooseLevel(0);
+    for (int p : dependants) {
+        EXPECT_FALSE(shownTicked(p)) << p;
+    }
+    console.SaveAccesslevel();
+    for (int p : dependants) {
+        EXPECT_EQ(stored("level1")[p], '0') << p;
+    }
+}
+
+TEST_F(AccessLevelsTest, TheNameBox) {
+    start();
+    console.txtAccessLevel->clear();
+    QTest::keyClicks(console.txtAccessLevel, "A name of more than twenty-five characters");
+    EXPECT_EQ(console.txtAccessLevel->text(), "A name of more than twent");
+    EXPECT_EQ(console.cmbLevel->itemText(0), "A name of more than twent");
+
+    console.txtAccessLevel->clear();
+    EXPECT_TRUE(ui.messages.empty());  // emptied, but not yet left
+    QFocusEvent leaving(QEvent::FocusOut, Qt::TabFocusReason);
+    QCoreApplication::sendEvent(console.txtAccessLevel, &leaving);
+    EXPECT_EQ(ui.texts(), std::vector<QString>{"You must enter a level name."});
+    EXPECT_EQ(console.txtAccessLevel->text(), "Enter Name Here");
+    EXPECT_EQ(console.cmbLevel->itemText(0), "Enter Name Here");
+    QCoreApplication::sendEvent(console.txtAccessLevel, &leaving);
+    EXPECT_EQ(ui.messages.size(), 1u);  // a name again
+
+    console.SaveAccesslevel();
+    EXPECT_EQ(stored("level1name"), "Enter Name Here");
+}
+
+TEST_F(AccessLevelsTest, ClosingWithUnsavedChangesAsksAndEndsEitherWay) {
+    const struct {
+        int answer;
+        QChar storedRight;
+    } cases[] = {{Msg::Yes, '0'}, {Msg::No, '1'}};
+    start();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.answer);
+        chooseLevel(0);
+        ui.messages.clear();
+        tick(kModifyNameOfClients, false);
+        ui.answers.push_back(c.answer);
+        EXPECT_THROW(console.Form_Unload(), RunEnded);
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(ui.messages[0].text, "Save access level changes?");
+        EXPECT_EQ(stored("level1")[kModifyNameOfClients], c.storedRight);
+        EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
+        setStored("level1", QString(245, '1'));
+    }
+}
+
+}  // namespace
