@@ -70,17 +70,7 @@ TEST_F(SettingsFileTest, ASettingsFileGivenByPathIsRead) {
     EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
 }
 
-class OptionsTest : public testing_support::SessionTest {
-protected:
-    void SetUp() override {
-        SessionTest::SetUp();
-        gOptionsRS = open("SELECT * FROM options");
-    }
-    void TearDown() override {
-        gOptionsRS.reset();
-        SessionTest::TearDown();
-    }
-};
+using OptionsTest = testing_support::OptionsSessionTest;
 
 TEST_F(OptionsTest, TagsOfOneSectionAndUserShareARow) {
     EXPECT_EQ(rt::CStr(GetOption(4, "Options2", "/docs", false)), "/docs");

@@ -6,6 +6,7 @@
 #include "logon/command_line.h"
 #include "platform/convert.h"
 #include "platform/os.h"
+#include "settings/options.h"
 #include "settings/settings_file.h"
 
 #include <QFile>
@@ -148,7 +149,13 @@ QStringList rowsOf(engine::Database& db, const QString& sql) {
     return rows;
 }
 
+void OptionsSessionTest::SetUp() {
+    SessionTest::SetUp();
+    gOptionsRS = open(QStringLiteral("SELECT * FROM options"));
+}
+
 void endSession() {
+    gOptionsRS.reset();
     gDBase.CloseDB();
     gDBase.theDb.reset();
     gUsers.erase();

@@ -90,6 +90,12 @@ void runOnFile(const QString& path, const char* sql);
 // Every row of the query as text, one line a row.
 QStringList rowsOf(engine::Database& db, const QString& sql);
 
+// A session with the user's options open, as a logon leaves it.
+class OptionsSessionTest : public SessionTest {
+protected:
+    void SetUp() override;
+};
+
 // Closes the database and clears the session state a logon fills.
 void endSession();
 

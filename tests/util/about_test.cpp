@@ -18,10 +18,6 @@ namespace {
 
 class AboutTest : public testing_support::DemoTest {
 protected:
-    void TearDown() override {
-        gOptionsRS.reset();
-        DemoTest::TearDown();
-    }
     // Logs on from the command line, through the logon window.
     void logOn() {
         SetCommandLine("-ladmin -porvane");

@@ -12,16 +12,11 @@
 
 namespace {
 
-class OpenDocumentTest : public testing_support::SessionTest {
+class OpenDocumentTest : public testing_support::OptionsSessionTest {
 protected:
-    void SetUp() override {
-        SessionTest::SetUp();
-        gOptionsRS = open("SELECT * FROM options");
-    }
     void TearDown() override {
-        gOptionsRS.reset();
         gDocumentEditor = nullptr;
-        SessionTest::TearDown();
+        OptionsSessionTest::TearDown();
     }
     // What the document editor was handed, one line a call.
     QStringList editorCalls;
@@ -117,7 +112,6 @@ TEST_F(OpenDocumentTest, WithoutTheOptionsCursorTheFailureReachesTheCaller) {
 class OpenDocumentAfterLogonTest : public testing_support::DemoTest {
 protected:
     void TearDown() override {
-        gOptionsRS.reset();
         gDocumentEditor = nullptr;
         DemoTest::TearDown();
     }
