@@ -132,10 +132,11 @@ void UserFieldsTab::optClass_Click(int nIndex) {
         storeClass(*row, nIndex);
         return;
     }
-    // Refusing leaves the option button on the class clicked until another row is selected.
+    // Refusing leaves the option button on the class clicked until another row is selected. The
+    // question destroys the users' own data, so Enter answers No.
     if (ShowMsg(QStringLiteral("If you change a user field from C to A or B all information for "
                                "that user field will be cleared.  Do you wish to continue?"),
-                platform::Msg::YesNo) == platform::Msg::No) {
+                platform::Msg::YesNo | platform::Msg::DefaultButton2) == platform::Msg::No) {
         return;
     }
     gDBase.Execute("DELETE FROM udfs WHERE userid <> 0 AND parent = '" +

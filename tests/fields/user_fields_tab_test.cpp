@@ -199,6 +199,7 @@ TEST_P(ClassMoveTest, WritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
                   "If you change a user field from C to A or B all information for that user "
                   "field will be cleared.  Do you wish to continue?");
         EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
+        EXPECT_EQ(ui.messages[0].defaultButton, 2);
     } else {
         EXPECT_TRUE(ui.messages.empty());
     }
