@@ -2,9 +2,9 @@
 // names as edits, the prompts on a change of level and on closing, and what a save stores.
 
 #include "access/right_catalogue.h"
+#include "console_fixture.h"
 #include "directory/frm_admin.h"
 #include "directory/frm_employee.h"
-#include "fixtures.h"
 #include "logon/command_line.h"
 #include "platform/convert.h"
 
@@ -34,21 +34,11 @@ constexpr int kBillingCodes = 43;
 constexpr int kProjectOwner = 51;
 constexpr int kAccessAllClients = 76;
 
-class AccessLevelsTest : public testing_support::DemoTest {
+class AccessLevelsTest : public ConsoleFixture {
 protected:
-    void SetUp() override {
-        DemoTest::SetUp();
-        demo = engine::openDatabase(demoDatabase());
-    }
-    void TearDown() override {
-        console.hide();
-        demo->close();
-        DemoTest::TearDown();
-    }
     // Logs on and opens the tab, which loads the first level.
     void start() {
-        SetCommandLine("-ladmin -porvane");
-        console.Form_Activate();
+        logOn();
         console.tabAdmin->setCurrentIndex(frmAdmin::AccessLevels);
         ui.messages.clear();
     }
@@ -86,8 +76,7 @@ protected:
         return result;
     }
     QString stored(const QString& column) {
-        return rt::CStr(
-            demo->openRecordset("SELECT " + column + " FROM sysinfo")->field(0).value());
+        return rt::CStr(db->openRecordset("SELECT " + column + " FROM sysinfo")->field(0).value());
     }
     // What the next entry editor offers as the name of level 1.
     static QString editorsFirstLevel() {
@@ -95,11 +84,8 @@ protected:
         return editor.cmbAccess->itemText(0);
     }
     void setStored(const QString& column, const QString& text) {
-        demo->execute("UPDATE sysinfo SET " + column + " = '" + text + "'");
+        db->execute("UPDATE sysinfo SET " + column + " = '" + text + "'");
     }
-
-    std::unique_ptr<engine::Database> demo;
-    frmAdmin console;
 };
 
 TEST_F(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {

@@ -1,11 +1,11 @@
 // The console with a logged-on administrator: the lists and their cells, the enabling on every
 // tab, the shared sort order, and New and Edit through the entry editor.
 
+#include "console_fixture.h"
 #include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_admin.h"
 #include "directory/frm_employee.h"
-#include "fixtures.h"
 #include "logon/command_line.h"
 #include "platform/convert.h"
 #include "util/report_list.h"
@@ -28,20 +28,10 @@ frmEmployee* editorOf(QWidget* w) {
     return static_cast<frmEmployee*>(w);
 }
 
-class ConsoleTest : public testing_support::DemoTest {
+class ConsoleTest : public ConsoleFixture {
 protected:
-    void SetUp() override {
-        DemoTest::SetUp();
-        demo = engine::openDatabase(demoDatabase());
-    }
-    void TearDown() override {
-        console.hide();
-        demo->close();
-        DemoTest::TearDown();
-    }
     void start() {
-        SetCommandLine("-ladmin -porvane");
-        console.Form_Activate();
+        logOn();
         ui.messages.clear();
     }
     void showTab(int tab) { console.tabAdmin->setCurrentIndex(tab); }
@@ -63,9 +53,7 @@ protected:
         }
         return cells.join(',');
     }
-    qint32 count(const QString& sql) {
-        return rt::CLng(demo->openRecordset(sql)->field(0).value());
-    }
+    qint32 count(const QString& sql) { return rt::CLng(db->openRecordset(sql)->field(0).value()); }
     // The editor's user, for the next modal window.
     void inEditor(std::function<void(frmEmployee*)> script) {
         ui.modalScripts.push_back([script](QWidget* w) { script(editorOf(w)); });
@@ -77,9 +65,6 @@ protected:
         EXPECT_EQ(console.mnDelete->isEnabled(), enabled);
         return enabled;
     }
-
-    std::unique_ptr<engine::Database> demo;
-    frmAdmin console;
 };
 
 // Whatever the mouse and keyboard do to a list, it keeps a selected row, so that Edit, Delete and
@@ -142,9 +127,9 @@ TEST_F(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
 }
 
 TEST_F(ConsoleTest, TheListsShowTheirCells) {
-    demo->execute("UPDATE users SET fslevel = 7 WHERE id = 5");
-    demo->execute("UPDATE users SET num = NULL WHERE id = 7");
-    demo->execute(
+    db->execute("UPDATE users SET fslevel = 7 WHERE id = 5");
+    db->execute("UPDATE users SET num = NULL WHERE id = 7");
+    db->execute(
         "INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 4, 0)");  // a second row: still one Yes
     start();
     EXPECT_EQ(
@@ -166,7 +151,7 @@ TEST_F(ConsoleTest, TheListsShowTheirCells) {
 }
 
 TEST_F(ConsoleTest, WhatEachTabShowsAndEnables) {
-    demo->execute("DELETE FROM users WHERE type = 2");
+    db->execute("DELETE FROM users WHERE type = 2");
     start();
     const struct {
         int tab;
@@ -209,8 +194,8 @@ TEST_F(ConsoleTest, WhatEachTabShowsAndEnables) {
 }
 
 TEST_F(ConsoleTest, OneSortOrderAlternatesAcrossAllLists) {
-    demo->execute("UPDATE users SET id = 12 WHERE id = 3");  // "12" sorts before "2" as text
-    demo->execute("UPDATE extaccess SET extid = 12 WHERE extid = 3");
+    db->execute("UPDATE users SET id = 12 WHERE id = 3");  // "12" sorts before "2" as text
+    db->execute("UPDATE extaccess SET extid = 12 WHERE extid = 3");
     start();
     console.lstColumnClick(console.lstEmployees, 3);
     EXPECT_EQ(column(console.lstEmployees, 3),
@@ -238,29 +223,29 @@ TEST_F(ConsoleTest, AFailureBeforeTheConsoleIsFilledEndsTheRun) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fault);
         ui.messages.clear();
-        demo->execute(c.fault);
+        db->execute(c.fault);
         SetCommandLine("-ladmin -porvane");
         frmAdmin fresh;
         EXPECT_THROW(fresh.Form_Activate(), RunEnded);
         EXPECT_EQ(ui.texts(), std::vector<QString>{c.message});
         EXPECT_EQ(ui.exitStatus, platform::kExitFailure);
         EXPECT_FALSE(fresh.isVisible());
-        demo->execute("UPDATE users SET accLevel = 10 WHERE id = 1");
-        demo->execute("UPDATE users SET accLevel = 1 WHERE id = 3");
+        db->execute("UPDATE users SET accLevel = 10 WHERE id = 1");
+        db->execute("UPDATE users SET accLevel = 1 WHERE id = 3");
         testing_support::endSession();
     }
 }
 
 TEST_F(ConsoleTest, ALevelOutsideTheTenInALaterFillEndsTheRun) {
     start();
-    demo->execute("UPDATE users SET accLevel = 11 WHERE id = 3");
+    db->execute("UPDATE users SET accLevel = 11 WHERE id = 3");
     inEditor([](frmEmployee* editor) { editor->cmdOK_Click(); });
     EXPECT_THROW(platform::runHandler([this] { console.cmdEdit_Click(); }), RunEnded);
     EXPECT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
 }
 
 TEST_F(ConsoleTest, NewEntriesGoAtTheEndAndAreSelected) {
-    demo->execute("DELETE FROM users WHERE type = 1");
+    db->execute("DELETE FROM users WHERE type = 1");
     start();
     showTab(frmAdmin::Workgroups);
     EXPECT_FALSE(entryCommandsEnabled());
@@ -326,7 +311,7 @@ TEST_F(ConsoleTest, AnAcceptedEditReloadsTheListAndACancelledOneDoesNot) {
     console.cmdEdit_Click();
     EXPECT_EQ(column(console.lstEmployees, 1), "eford,devans,cdiaz,bcole,admin");
 
-    demo->execute(
+    db->execute(
         "INSERT INTO users (Name, Logon, Password, accLevel, fslevel, Type, num) VALUES "
         "('Zed Zane', 'zzane', '', 1, 0, 0, 0)");
     console.lstEmployees->selectRow(1);  // Derek

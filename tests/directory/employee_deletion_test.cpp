@@ -1,11 +1,11 @@
 // Deleting an employee: all of his or her data, or the business data handed to another
 // employee; counted table by table on a database where two employees own rows everywhere.
 
+#include "console_fixture.h"
 #include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_admin.h"
 #include "directory/frm_delete_employee.h"
-#include "fixtures.h"
 #include "logon/command_line.h"
 #include "platform/convert.h"
 #include "util/report_list.h"
@@ -33,25 +33,18 @@ const char* const kTables[] = {
     "billsetup", "charges",  "invoice",  "disburse", "funds",     "trans",    "lists",
     "listflds",  "listmmbr", "listudf",  "reflib",   "extaccess", "users"};
 
-class EmployeeDeletionTest : public testing_support::DemoTest {
+class EmployeeDeletionTest : public ConsoleFixture {
 protected:
     void SetUp() override {
-        DemoTest::SetUp();
-        db = engine::openDatabase(demoDatabase());
+        ConsoleFixture::SetUp();
         // Brian (2) is deleted; Carmen (3) owns the same kinds of rows; Derek (4) receives.
         seed(2, 100);
         seed(3, 200);
         // Brian's charge and invoice on Carmen's account.
         run("INSERT INTO charges (id, accid, userid) VALUES (150, 201, 2)");
         run("INSERT INTO invoice (id, accid, userid) VALUES (150, 201, 2)");
-        SetCommandLine("-ladmin -porvane");
-        console.Form_Activate();
+        logOn();
         before = counts();
-    }
-    void TearDown() override {
-        console.hide();
-        db->close();
-        DemoTest::TearDown();
     }
     void run(const QString& sql) { db->execute(sql); }
     // Rows of every kind for the employee, with ids from `base`: a client with a file, the file's
@@ -125,8 +118,6 @@ protected:
         console.cmdDelete_Click();
     }
 
-    std::unique_ptr<engine::Database> db;
-    frmAdmin console;
     std::map<QString, qint32> before;
 };
 

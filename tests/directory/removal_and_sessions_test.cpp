@@ -1,11 +1,11 @@
 // Deleting workgroups, equipment and branches with their asymmetries, and ending sessions from
 // the console.
 
+#include "console_fixture.h"
 #include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_admin.h"
 #include "directory/frm_employee.h"
-#include "fixtures.h"
 #include "logon/command_line.h"
 #include "platform/convert.h"
 #include "util/report_list.h"
@@ -22,11 +22,10 @@ namespace {
 using platform::Msg::No;
 using platform::Msg::Yes;
 
-class ConsoleCommandsTest : public testing_support::DemoTest {
+class ConsoleCommandsTest : public ConsoleFixture {
 protected:
     void SetUp() override {
-        DemoTest::SetUp();
-        db = engine::openDatabase(demoDatabase());
+        ConsoleFixture::SetUp();
         // Planner items and watch rows of the entries; 7 (Support Desk) has a member, 3.
         for (int entry : {6, 7, 8, 9, 10, 11}) {
             run(QString("INSERT INTO reminder (userid, startd) VALUES (%1, 36766)").arg(entry));
@@ -35,13 +34,7 @@ protected:
         run("INSERT INTO extaccess (userid, extid) VALUES (3, 9)");  // someone extends to it
         run("INSERT INTO watch_branch (branchid, userid) VALUES (10, 1)");
         run("INSERT INTO watch_branch (branchid, userid) VALUES (11, 1)");
-        SetCommandLine("-ladmin -porvane");
-        console.Form_Activate();
-    }
-    void TearDown() override {
-        console.hide();
-        db->close();
-        DemoTest::TearDown();
+        logOn();
     }
     void run(const QString& sql) { db->execute(sql); }
     qint32 count(const QString& table, const QString& where) {
@@ -75,9 +68,6 @@ protected:
         ui.answers.push_back(answer);
         console.cmdDelete->click();
     }
-
-    std::unique_ptr<engine::Database> db;
-    frmAdmin console;
 };
 
 TEST_F(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
