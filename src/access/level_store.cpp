@@ -41,11 +41,12 @@ void WriteLevel(qint16 nLevel, const QString& sName) {
     auto rs = gDBase.OpenRecordset(QStringLiteral("sysinfo"));
     rs->MoveFirst();
     rs->Edit();
-    rs->Cols(levelColumn(nLevel) + "name") = sName;
-    gLevelNames(nLevel) = sName;
     const QString text = LevelTextOfRights();
-    gLevelText = text.leftJustified(kRightSlots, ' ');
+    rs->Cols(levelColumn(nLevel) + "name") = sName;
     rs->Cols(levelColumn(nLevel)) = text;
     rs->Update();
     rs->CloseRS();
+    // The session's copy follows only what was stored.
+    gLevelNames(nLevel) = sName;
+    gLevelText = text.leftJustified(kRightSlots, ' ');
 }
