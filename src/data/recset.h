@@ -81,6 +81,16 @@ public:
     bool NoMatch() const;
     qint32 FieldSize(const QString& fld) const;
 
+    // Writes the long binary column of the current row to the file `FName`, replacing it:
+    // whole when `FieldSize` is at most `Threshold`, else in blocks. `FieldSize` -1 stands for
+    // a size the caller doesn't know, and only then does the result say anything: whether a
+    // block was read. Failures are ignored.
+    bool BlobToFile(const QString& fld, const QString& FName, qint32 FieldSize, qint32 Threshold);
+    // Sets the long binary column of the row in the edit buffer from the file `FName`: whole
+    // when the file is at most `Threshold` bytes long, else appended in blocks, so the column
+    // should be empty before. Failures are ignored.
+    void FileToBlob(const QString& FName, const QString& fld, qint32 Threshold);
+
 private:
     friend class ColumnRef;
     rt::Variant readColumn(const rt::Variant& index) const;

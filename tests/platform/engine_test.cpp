@@ -272,8 +272,8 @@ TEST_F(EngineTest, FieldsCarryTheLibrarysTypeNumbersSizesAndValues) {
     EXPECT_EQ(errorOf([&] { rs->field("name").setValue(QString(21, 'x')); }), engine::DataTooLong);
     EXPECT_EQ(errorOf([&] { rs->field("age").setValue("many"); }), engine::ConversionError);
     EXPECT_EQ(errorOf([&] { rs->field("age").setValue(40000); }), rt::Overflow);
-    rs->field("photo").appendChunk("abc");
-    rs->field("photo").appendChunk("def");
+    rs->field("photo").appendChunk(QByteArray("abc"));
+    rs->field("photo").appendChunk(QByteArray("def"));
     rs->update();
     EXPECT_EQ(rs->field("photo").getChunk(2, 3).bytes(), "cde");
     EXPECT_EQ(rs->field("photo").getChunk(5, 10).bytes(), "f");

@@ -25,20 +25,37 @@ void Field::setValue(const rt::Variant& value) {
     recordset_->setFieldValue(index_, value);
 }
 
-rt::Variant Field::getChunk(qint64 offset, qint64 bytes) const {
+rt::Variant Field::getChunk(qint64 offset, qint64 length) const {
+    if (offset < 0 || length < 0) {
+        throw error(InvalidArgument);
+    }
     const rt::Variant whole = value();
     if (whole.isNull()) {
         return whole;
     }
-    const QByteArray data =
-        whole.type() == rt::VarType::Bytes ? whole.bytes() : whole.text().toUtf8();
-    return rt::Variant(data.mid(offset, bytes));
+    if (whole.type() == rt::VarType::Bytes) {
+        return rt::Variant(whole.bytes().mid(offset, length));
+    }
+    return rt::Variant(whole.text().mid(offset, length));
 }
 
-void Field::appendChunk(const QByteArray& bytes) {
-    const rt::Variant current = value();
-    QByteArray data = current.type() == rt::VarType::Bytes ? current.bytes() : QByteArray();
-    setValue(rt::Variant(data + bytes));
+void Field::appendChunk(const rt::Variant& piece) {
+    rt::Variant current = value();
+    // With the buffer's reference dropped first, the value grows in place instead of being
+    // copied whole at every piece.
+    setValue(rt::Variant());
+    if (type() == dbLongBinary || type() == dbBinary) {
+        QByteArray data = current.bytes();
+        current = rt::Variant();
+        data.append(piece.type() == rt::VarType::Bytes ? piece.bytes() : piece.text().toUtf8());
+        setValue(rt::Variant(data));
+    } else {
+        QString text = current.text();
+        current = rt::Variant();
+        text.append(piece.type() == rt::VarType::Bytes ? QString::fromUtf8(piece.bytes())
+                                                       : piece.text());
+        setValue(rt::Variant(text));
+    }
 }
 
 Field Recordset::field(int index) {

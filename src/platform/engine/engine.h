@@ -48,11 +48,12 @@ public:
     qint32 size() const;
     rt::Variant value() const;
     void setValue(const rt::Variant& value);
-    // Part of a long binary value, from `offset`; shorter or empty past its end, Null when the
-    // value is Null.
-    rt::Variant getChunk(qint64 offset, qint64 bytes) const;
-    // Adds bytes to the end of the value in the edit buffer.
-    void appendChunk(const QByteArray& bytes);
+    // Part of a long value from `offset`: bytes of a binary value, characters of a text; shorter
+    // or empty past its end, Null when the value is Null. A negative offset or length is 3001.
+    rt::Variant getChunk(qint64 offset, qint64 length) const;
+    // Adds a piece, bytes or text as the column holds, to the end of the value in the edit
+    // buffer.
+    void appendChunk(const rt::Variant& piece);
 
 private:
     Recordset* recordset_;

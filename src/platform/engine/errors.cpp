@@ -6,6 +6,7 @@ namespace engine {
 
 rt::Error error(int number, const QString& argument, const QString& argument2) {
     static const QHash<int, QString> texts = {
+        {InvalidArgument, "Invalid argument."},
         {TableExists, "Table '%1' already exists."},
         {UpdateWithoutEdit, "Update or CancelUpdate without AddNew or Edit."},
         {NoCurrentRecord, "No current record."},

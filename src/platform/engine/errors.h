@@ -6,6 +6,7 @@ namespace engine {
 
 // The engine's failure numbers.
 enum ErrorNumber {
+    InvalidArgument = 3001,
     TableExists = 3010,
     UpdateWithoutEdit = 3020,
     NoCurrentRecord = 3021,
