@@ -57,8 +57,3 @@ bool DBase::RunAsOneUnit(const std::function<void()>& command) {
         return false;
     }
 }
-
-void DBase::Check1stRun() {
-    // First-run provisioning from the installer's temp.tmp joins here with its own step; until
-    // then an open provisions nothing.
-}

@@ -19,12 +19,17 @@ public:
     // Opens the file at that path and runs the first-run step; shows the failure and gives
     // False when either fails.
     bool DBInit(const QString& localDBS);
+    // Provisions a new installation at its first open, from temp.tmp in the program folder;
+    // does nothing where that file holds no logon.
     void Check1stRun();
     // Runs a command that writes more than one statement as one unit: a failure undoes all it
     // wrote, shows the engine's message and gives False, and the administrator may try again.
     bool RunAsOneUnit(const std::function<void()>& command);
 
     std::unique_ptr<engine::Database> theDb;
+    // Shows the first run's progress in the caption of the logon window, which stands above
+    // this library: the window sets it while it exists and clears it when it goes.
+    std::function<void(const QString& caption)> showCaption;
 
 private:
     engine::Database& db() const;

@@ -1,5 +1,6 @@
 #include "logon/frm_startup.h"
 
+#include "data/dbase.h"
 #include "logon/command_line.h"
 #include "platform/ui.h"
 #include "settings/settings_file.h"
@@ -47,6 +48,11 @@ frmStartUp::frmStartUp(QWidget* parent) : QDialog(parent) {
     MakeFixedDialog(this, QStringLiteral("frmStartUp"), QStringLiteral("Logon"));
     buildControls();
     setHeight(kFoldedHeight);
+    gDBase.showCaption = [this](const QString& caption) { setWindowTitle(caption); };
+}
+
+frmStartUp::~frmStartUp() {
+    gDBase.showCaption = nullptr;
 }
 
 void frmStartUp::buildControls() {

@@ -20,7 +20,10 @@ public:
     static constexpr int kFoldedHeight = 2850;  // twips: the database frame cut off
     static constexpr int kOpenHeight = 3850;    // twips: the database frame visible
 
+    // While the window exists, the first run of a new installation shows its progress in the
+    // window's caption.
     explicit frmStartUp(QWidget* parent = nullptr);
+    ~frmStartUp() override;
 
     // True for a good logon; for a cancelled or failed one the run ends inside. With a command
     // line the window is never shown: -l and -p fill the boxes and the logon runs at once.

@@ -250,6 +250,14 @@ bool writeProfile(const QString& file, const std::vector<ProfileLine>& lines) {
 
 }  // namespace
 
+QString ReadProfileValue(const QString& section, const QString& key, const QString& defaultValue,
+                         const QString& file) {
+    constexpr int kValueBuffer = 128;
+    QString buffer(kValueBuffer, ' ');
+    const int count = GetPrivateProfileString(section, key, QString(), buffer, kValueBuffer, file);
+    return count >= 1 ? buffer.left(count) : defaultValue;
+}
+
 int GetPrivateProfileString(const QString& section, const QString& key, const QString& defaultValue,
                             QString& buffer, int size, const QString& file) {
     if (size <= 0) {
@@ -324,11 +332,27 @@ int GetSystemDirectory(QString& buffer, int size) {
     return static_cast<int>(directory.size());
 }
 
+namespace {
+
+QString& standInProgramFolder() {
+    static QString folder;
+    return folder;
+}
+
+}  // namespace
+
 QString programFolder() {
+    if (!standInProgramFolder().isEmpty()) {
+        return standInProgramFolder();
+    }
     if (QCoreApplication::instance()) {
         return QDir::toNativeSeparators(QCoreApplication::applicationDirPath());
     }
     return QFileInfo(QFile::symLinkTarget(QStringLiteral("/proc/self/exe"))).absolutePath();
+}
+
+void setProgramFolder(const QString& folder) {
+    standInProgramFolder() = QDir::toNativeSeparators(folder);
 }
 
 QString joinPath(const QString& folder, const QString& name) {

@@ -13,6 +13,10 @@ namespace platform {
 // present with an empty value copies nothing, a value in single or double quotes copies what is
 // between them. With `size` 0 the buffer is left as it is. Stored bytes read as UTF-8 where they
 // are valid UTF-8, else as Windows-1252.
+// A value as the suite's programs read their settings: through a buffer of 128 characters, so
+// cut at 127, and a key that is missing or empty gives `defaultValue`.
+QString ReadProfileValue(const QString& section, const QString& key, const QString& defaultValue,
+                         const QString& file);
 int GetPrivateProfileString(const QString& section, const QString& key, const QString& defaultValue,
                             QString& buffer, int size, const QString& file);
 
@@ -29,8 +33,13 @@ bool WritePrivateProfileString(const QString& section, const std::optional<QStri
 // the suite's programs of the user, under the generic configuration location, made on first use.
 int GetSystemDirectory(QString& buffer, int size);
 
-// The folder of the running executable.
+// The folder the program runs from: the executable's own, unless the process was set to run in
+// another folder's place.
 QString programFolder();
+
+// Makes `folder` the program folder for the rest of the process, for a process that stands in
+// for a program installed there, as each test process does with an installation of its own.
+void setProgramFolder(const QString& folder);
 
 // A folder and a name in it, with the platform's separator.
 QString joinPath(const QString& folder, const QString& name);

@@ -10,7 +10,6 @@ QString gSystemDir;
 namespace {
 
 constexpr int kSystemDirBuffer = 255;
-constexpr int kValueBuffer = 128;
 
 QString settingsFile() {
     return platform::joinPath(gSystemDir, QStringLiteral("tarnell.ini"));
@@ -41,11 +40,8 @@ QString ProgramSection() {
 
 QString ReadIni(const QString& key, const QString& section, const QString& defaultValue,
                 const QString& file) {
-    const QString path = file.isEmpty() ? settingsFile() : file;
-    QString buffer(kValueBuffer, ' ');
-    const int count = platform::GetPrivateProfileString(section.trimmed(), key, QString(), buffer,
-                                                        kValueBuffer, path);
-    return count >= 1 ? buffer.left(count) : defaultValue;
+    return platform::ReadProfileValue(section.trimmed(), key, defaultValue,
+                                      file.isEmpty() ? settingsFile() : file);
 }
 
 qint16 WriteIni(const QString& key, const QString& section, const rt::Variant& value) {

@@ -7,26 +7,21 @@
 #include "installation.h"
 #include "platform/convert.h"
 #include "platform/dates.h"
-
-#include <QDir>
+#include "platform/os.h"
 
 using rt::Variant;
 
 namespace {
 
-class SqlFormsTest : public testing_support::SeamTest {
+// The demo as its first open sets it up.
+class SqlFormsTest : public testing_support::DemoTest {
 protected:
     void SetUp() override {
-        SeamTest::SetUp();
-        installer::createDemo(path("demo"), path("console"));
-        demo = QDir(path("demo"));
-        ASSERT_TRUE(gDBase.DBInit(demo.filePath(installer::kDatabaseFile)));
+        DemoTest::SetUp();
+        ASSERT_TRUE(gDBase.DBInit(demoDatabase()));
+        ASSERT_TRUE(ui.messages.empty());
         gUsers.redim(1);
         gUsers(0).id = 1;
-    }
-    void TearDown() override {
-        testing_support::endSession();
-        SeamTest::TearDown();
     }
     qint32 rows(const QString& sql) {
         auto rs = gDBase.OpenRecordset(sql);
@@ -39,8 +34,6 @@ protected:
         return rt::CLng(gDBase.OpenRecordset("SELECT count(*) FROM " + table + " WHERE " + where)
                             ->ColsWithNull(0));
     }
-
-    QDir demo;
 };
 
 // The reachable list of a user without the right to all clients, as logon writes it.
@@ -138,7 +131,8 @@ TEST_F(SqlFormsTest, FirstRunStatements) {
     EXPECT_EQ(rt::CDate(gDBase.OpenRecordset("SELECT min(startd) FROM reminder")->ColsWithNull(0)),
               first + 9581);
 
-    const QString reportsFile = demo.filePath(installer::kReportsDatabaseFile);
+    const QString reportsFile =
+        platform::joinPath(platform::programFolder(), installer::kReportsDatabaseFile);
     auto other = engine::openDatabase(reportsFile);
     other->deleteTable("reports");
     other->deleteTable("rptcntls");

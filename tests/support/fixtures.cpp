@@ -58,6 +58,7 @@ void DemoTest::SetUp() {
 
 void DemoTest::TearDown() {
     endSession();
+    QFile::remove(platform::joinPath(platform::programFolder(), installer::kFirstRunFile));
     engine::setLockWait(3000);
     SetCommandLine(QString());
     SeamTest::TearDown();

@@ -37,7 +37,9 @@ protected:
 };
 
 // A demo installation that the console in the tests' program folder remembers, with a settings
-// file of its own; nothing is open yet.
+// file of its own; nothing is open yet. The first logon sets up the demo's administrator and
+// company, as on a new installation; a test that ends without one leaves no first run pending
+// for the next test.
 class DemoTest : public SeamTest {
 protected:
     void SetUp() override;

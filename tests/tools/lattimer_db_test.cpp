@@ -137,15 +137,37 @@ TEST_F(LattimerDbTest, InstallLaysOutTheProgramFolder) {
 #endif
 }
 
-TEST_F(LattimerDbTest, DemoHasTheSampleDirectory) {
+TEST_F(LattimerDbTest, DemoHasTheSampleDirectoryAndAFirstRunPendingInTheConsoleFolder) {
     const QString folder = path("demo");
-    const ToolRun result = run({"demo", folder, "--console-folder", path("console")});
+    const QString console = path("console");
+    // An earlier demo's first run, still pending there, gives way; its tarnell.new is reused.
+    ASSERT_EQ(run({"install", console, "--logon", "old", "--name", "Old Name"}).exitCode, 0);
+    const ToolRun result = run({"demo", folder, "--console-folder", console});
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.contains("logon 'admin', password 'orvane'"));
-    EXPECT_EQ(shell(QDir(folder).filePath("lattimer.mdb"),
-                    "SELECT Type, count(*) FROM users GROUP BY Type"),
+    const QString database = QDir(folder).filePath("lattimer.mdb");
+    EXPECT_EQ(shell(database, "SELECT Type, count(*) FROM users GROUP BY Type"),
               QStringList({"0|5", "1|2", "2|2", "3|2"}));
+    EXPECT_EQ(shell(database, "SELECT Name, fslevel FROM users WHERE id = 1"),
+              QStringList({"New User|3"}));
+    EXPECT_EQ(shell(database, "SELECT companyemail FROM sysinfo"),
+              QStringList({"office@example.com"}));
+    const QString temp = QDir(console).filePath("temp.tmp");
+    QStringList keys;
+    for (const char* key : {"Name", "Logon", "Password", "Company", "CompanyPhone",
+                            "CompanyAddress1", "CompanyAddress2", "CompanyAddress3"}) {
+        QString value;
+        platform::GetPrivateProfileString("Temp", key, "<none>", value, 128, temp);
+        keys << value;
+    }
+    EXPECT_EQ(keys, QStringList({"Alice Admin", "admin", "orvane", "Lattimer Demo Company",
+                                 "555-0100", "12 Harbor Street", "Port Ellen", "<none>"}));
+    EXPECT_EQ(shell(QDir(console).filePath("tarnell.new"),
+                    "SELECT name FROM sqlite_master WHERE type = 'table' "
+                    "AND name <> 'sqlite_sequence' ORDER BY name"),
+              QStringList({"reports", "rptcntls"}));
 #ifdef Q_OS_UNIX
+    EXPECT_EQ(mode(temp), "600");
     EXPECT_EQ(mode(path("config/Lattimer/tarnell.ini")), "600");  // it may hold a saved password
 #endif
 }

@@ -7,6 +7,7 @@
 #include "settings/settings_file.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -172,13 +173,11 @@ void rememberForConsole(const QString& consoleFolder, const QString& key, const 
     }
 }
 
+// The first user keeps the placeholder's name for the first logon to set up; the edition is no
+// detail temp.tmp carries, so the demo's administrator gets it here.
 void insertSampleDirectory(engine::Database& db) {
-    db.execute("UPDATE users SET Name = 'Alice Admin', Logon = " + sqlText(kDemoLogon) +
-               ", Password = " + sqlText(kDemoPassword) + ", fslevel = 3 WHERE id = 1");
-    db.execute(
-        "UPDATE sysinfo SET CompanyName = 'Lattimer Demo Company', companyphone = '555-0100', "
-        "Address = '12 Harbor Street' & CHR(10) & 'Port Ellen', companyemail = "
-        "'office@example.com'");
+    db.execute("UPDATE users SET fslevel = 3 WHERE id = 1");
+    db.execute("UPDATE sysinfo SET companyemail = 'office@example.com'");
     const struct {
         int id;
         const char* name;
@@ -230,6 +229,45 @@ void insertSampleDirectory(engine::Database& db) {
         "(2, 2, 'Nova Dental Growth', 'ND-001'), (3, 3, 'Pine Street Income', 'PS-001')");
 }
 
+// temp.tmp: the first user's and the company's details for the first logon.
+void writeFirstRunFile(const QString& firstRun, const FirstRunDetails& details) {
+    const std::pair<const char*, QString> keys[] = {
+        {"Name", details.name},
+        {"Logon", details.logon},
+        {"Password", details.password},
+        {"Company", details.company},
+        {"CompanyPhone", details.companyPhone},
+        {"CompanyAddress1", details.companyAddress1},
+        {"CompanyAddress2", details.companyAddress2},
+        {"CompanyAddress3", details.companyAddress3},
+    };
+    for (const auto& [key, value] : keys) {
+        if (!value.isEmpty() && !platform::WritePrivateProfileString(
+                                    "Temp", QString::fromLatin1(key), value, firstRun)) {
+            throw InstallError("cannot write " + firstRun + ".");
+        }
+    }
+}
+
+// The console looks for a first run's files in its own folder. A first run that an earlier demo
+// left pending there gives way to this one; a tarnell.new there is reused, as the first run
+// replaces its tables.
+void prepareDemoFirstRun(const QString& consoleFolder) {
+    makeFolder(consoleFolder);
+    const QString firstRun = platform::joinPath(consoleFolder, kFirstRunFile);
+    if (QFileInfo::exists(firstRun) && !QFile::remove(firstRun)) {
+        throw InstallError("cannot replace " + firstRun + ".");
+    }
+    const QString reports = platform::joinPath(consoleFolder, kReportsDatabaseFile);
+    if (!QFileInfo::exists(reports)) {
+        createReportsDatabase(reports);
+    }
+    writeFirstRunFile(
+        firstRun, {QStringLiteral("Alice Admin"), kDemoLogon, kDemoPassword,
+                   QStringLiteral("Lattimer Demo Company"), QStringLiteral("555-0100"),
+                   QStringLiteral("12 Harbor Street"), QStringLiteral("Port Ellen"), QString()});
+}
+
 }  // namespace
 
 void createDatabase(const QString& path) {
@@ -272,29 +310,13 @@ void installProgramFolder(const QString& folder, const FirstRunDetails& details)
     }
     createDatabase(platform::joinPath(folder, kDatabaseFile));
     createReportsDatabase(platform::joinPath(folder, kReportsDatabaseFile));
-    const std::pair<const char*, QString> keys[] = {
-        {"Name", details.name},
-        {"Logon", details.logon},
-        {"Password", details.password},
-        {"Company", details.company},
-        {"CompanyPhone", details.companyPhone},
-        {"CompanyAddress1", details.companyAddress1},
-        {"CompanyAddress2", details.companyAddress2},
-        {"CompanyAddress3", details.companyAddress3},
-    };
-    for (const auto& [key, value] : keys) {
-        if (!value.isEmpty() && !platform::WritePrivateProfileString(
-                                    "Temp", QString::fromLatin1(key), value, firstRun)) {
-            throw InstallError("cannot write " + firstRun + ".");
-        }
-    }
+    writeFirstRunFile(firstRun, details);
 }
 
 void createDemo(const QString& folder, const QString& consoleFolder) {
     makeFolder(folder);
     const QString database = QDir(folder).absoluteFilePath(kDatabaseFile);
     createDatabase(database);
-    createReportsDatabase(platform::joinPath(folder, kReportsDatabaseFile));
     try {
         auto db = engine::openDatabase(database);
         engine::Transaction transaction(*db);
@@ -304,6 +326,7 @@ void createDemo(const QString& folder, const QString& consoleFolder) {
     } catch (const rt::Error& failure) {
         throw InstallError("cannot fill the demo database: " + failure.description());
     }
+    prepareDemoFirstRun(consoleFolder);
     rememberForConsole(consoleFolder, "Database", QDir::toNativeSeparators(database));
     rememberForConsole(consoleFolder, "LG", kDemoLogon);
 }

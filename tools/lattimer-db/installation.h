@@ -39,8 +39,10 @@ void createDatabase(const QString& path);
 // A program folder holding the database, tarnell.new and temp.tmp.
 void installProgramFolder(const QString& folder, const FirstRunDetails& details);
 
-// A provisioned installation with a sample directory, remembered in the settings of the
-// console in `consoleFolder` so that its logon window opens on it.
+// A demo database with a sample directory, remembered in the settings of the console in
+// `consoleFolder` so that its logon window opens on it. Its first user is still the placeholder:
+// temp.tmp and tarnell.new in the console's folder make the first logon set up the demo's
+// administrator and company, as a new installation's first logon does.
 void createDemo(const QString& folder, const QString& consoleFolder);
 
 // The demo's administrator.

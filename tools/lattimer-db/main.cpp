@@ -20,7 +20,8 @@ const char* const kUsage =
     "      a program folder ready for its first logon: the database, tarnell.new, temp.tmp\n"
     "  lattimer-db demo DIR [--console-folder F]\n"
     "      a demo installation with a sample directory, remembered by the console in F\n"
-    "      (by default the folder of this program)\n";
+    "      (by default the folder of this program); the first run's temp.tmp and tarnell.new\n"
+    "      go to F, so that the first logon sets up the demo's administrator and company\n";
 
 struct UsageError {
     QString message;

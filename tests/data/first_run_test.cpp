@@ -1,0 +1,226 @@
+// A new installation's first logon: what temp.tmp sets up, the captions the logon window shows
+// meanwhile, and the guards that keep the work from being done twice or on the wrong database.
+
+#include "data/dbase.h"
+#include "data/session.h"
+#include "fixtures.h"
+#include "installation.h"
+#include "logon/frm_startup.h"
+#include "platform/dates.h"
+#include "platform/os.h"
+#include "settings/settings_file.h"
+
+#include <QFile>
+#include <QLineEdit>
+
+namespace {
+
+using testing_support::rowsOf;
+
+const QStringList kAllCaptions = {"Preparing for first run...", "Setting up first user...",
+                                  "Setting up company info...", "Setting up default reports...",
+                                  "Finished."};
+const QStringList kGuardCaptions = {"Preparing for first run...", "Finished."};
+
+// An installation in a program folder of the test's own, logged on to through the logon window.
+class FirstRunTest : public testing_support::SeamTest {
+protected:
+    void SetUp() override {
+        SeamTest::SetUp();
+        processFolder = platform::programFolder();
+        gSystemDir = GetSystemDir();
+    }
+    void TearDown() override {
+        testing_support::endSession();
+        platform::setProgramFolder(processFolder);
+        SeamTest::TearDown();
+    }
+
+    // A program folder as the installer lays it out, which the process now runs from; gives the
+    // path of its database.
+    QString install(const installer::FirstRunDetails& details) {
+        const QString folder = path("install" + QString::number(++installs));
+        installer::installProgramFolder(folder, details);
+        platform::setProgramFolder(folder);
+        return programFile(installer::kDatabaseFile);
+    }
+    QString programFile(const QString& name) const {
+        return platform::joinPath(platform::programFolder(), name);
+    }
+    bool firstRunPending() const { return QFile::exists(programFile(installer::kFirstRunFile)); }
+
+    // Logs on through the logon window, recording the captions it shows; true when it succeeded.
+    bool logOn(const QString& database, const QString& logon, const QString& password) {
+        testing_support::endSession();
+        captions.clear();
+        frmStartUp window;
+        QObject::connect(&window, &QWidget::windowTitleChanged,
+                         [this](const QString& caption) { captions << caption; });
+        window.bIsAdmin = true;
+        window.txtDatabase->setText(database);
+        window.txtLogon->setText(logon);
+        window.txtPassword->setText(password);
+        window.cmdOK_Click();
+        return !window.bCanceled;
+    }
+
+    // Every row that a first run could change.
+    QStringList everything(const QString& database) {
+        QStringList all;
+        for (const char* table : {"users", "sysinfo", "reminder", "reportsdef", "rptcntlsdef"}) {
+            all << rows(database, QStringLiteral("SELECT * FROM ") + table);
+        }
+        return all;
+    }
+    QStringList rows(const QString& database, const QString& sql) {
+        return rowsOf(*engine::openDatabase(database), sql);
+    }
+    // The start of every reminder, moved by `days`.
+    QStringList reminderStarts(const QString& database, int days = 0) {
+        QStringList starts;
+        auto db = engine::openDatabase(database);
+        for (auto rs = db->openRecordset("SELECT startd FROM reminder ORDER BY id"); !rs->eof();
+             rs->moveNext()) {
+            starts << rt::dateText(rt::CDate(rs->fieldValue(0)) + days);
+        }
+        return starts;
+    }
+
+    QString processFolder;
+    QStringList captions;
+    int installs = 0;
+};
+
+int daysSinceSampleDay() {
+    return rt::DateDiff("d", 36766, rt::Today());  // 28 Aug 2000
+}
+
+const installer::FirstRunDetails kDetails = {"Pat Boss", "boss",      "secret",  "Boss & Sons",
+                                             "555-0199", "1 Main St", "Floor 2", ""};
+
+TEST_F(FirstRunTest, TheFirstLogonSetsUpTheInstallation) {
+    const QString database = install(kDetails);
+    const QStringList movedStarts = reminderStarts(database, daysSinceSampleDay());
+    ASSERT_EQ(movedStarts.size(), 5);
+    {
+        // A report of the live database that the shipped defaults lack, and a stale one in
+        // tarnell.new: after the first run both copies are the live tables. A copy missing
+        // beforehand is no failure.
+        auto db = engine::openDatabase(database);
+        db->execute("INSERT INTO reports (id, userid, Name, rpttype) VALUES (9, 0, 'Own', 1)");
+        db->execute("INSERT INTO rptcntls (rptid, cntlname, cntlvalue) VALUES (9, 'Title', 'x')");
+        db->deleteTable("rptcntlsdef");
+        auto reports = engine::openDatabase(programFile(installer::kReportsDatabaseFile));
+        reports->execute("INSERT INTO reports (id, userid, Name, rpttype) VALUES (7, 0, 'Old', 1)");
+        reports->deleteTable("rptcntls");
+    }
+
+    ASSERT_TRUE(logOn(database, "boss", "secret"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(captions, kAllCaptions);
+    EXPECT_EQ(gUsers(0).Name, "Pat Boss");
+    EXPECT_EQ(rows(database, "SELECT id, Name, Logon, Password FROM users"),
+              QStringList({"1|Pat Boss|boss|secret"}));
+    EXPECT_EQ(rows(database, "SELECT CompanyName, companyphone FROM sysinfo"),
+              QStringList({"Boss & Sons|555-0199"}));
+    EXPECT_EQ(reminderStarts(database), movedStarts);
+
+    const QString reportsFile = programFile(installer::kReportsDatabaseFile);
+    const struct {
+        QString table;
+        int rows;
+    } tables[] = {{"reports", 4}, {"rptcntls", 7}};
+    for (const auto& t : tables) {
+        const QString order = " ORDER BY 1, 2, 3";
+        const QStringList live = rows(database, "SELECT * FROM " + t.table + order);
+        EXPECT_EQ(live.size(), t.rows) << t.table.toStdString();
+        EXPECT_EQ(rows(reportsFile, "SELECT * FROM " + t.table + order), live)
+            << t.table.toStdString();
+        EXPECT_EQ(rows(database, "SELECT * FROM " + t.table + "def" + order), live)
+            << t.table.toStdString();
+    }
+    EXPECT_FALSE(firstRunPending());
+    EXPECT_FALSE(gDBase.showCaption) << "the logon window is gone";
+}
+
+TEST_F(FirstRunTest, AddressLinesAreJoinedOnlyForKeysThatHoldText) {
+    const struct {
+        const char* line1;
+        const char* line2;
+        const char* line3;
+        const char* address;
+    } cases[] = {
+        {"1 Main St", "Floor 2", "Suite 4", "1 Main St\nFloor 2\nSuite 4"},
+        {"1 Main St", "", "Suite 4", "1 Main St\nSuite 4"},
+        {"1 Main St", "", "", "1 Main St"},
+        {"", "Floor 2", "", "\nFloor 2"},
+    };
+    for (const auto& c : cases) {
+        installer::FirstRunDetails details = kDetails;
+        details.companyAddress1 = c.line1;
+        details.companyAddress2 = c.line2;
+        details.companyAddress3 = c.line3;
+        const QString database = install(details);
+        ASSERT_TRUE(logOn(database, "boss", "secret")) << c.address;
+        EXPECT_EQ(rows(database, "SELECT Address FROM sysinfo"), QStringList({c.address}));
+    }
+}
+
+TEST_F(FirstRunTest, MissingKeysGiveTheirDefaults) {
+    const QString database = install({"", "boss", "", "", "", "", "", ""});
+    ASSERT_TRUE(logOn(database, "boss", ""));
+    EXPECT_EQ(rows(database, "SELECT Name, Logon, Password FROM users"),
+              QStringList({"FirstOn|boss|"}));
+    EXPECT_EQ(rows(database, "SELECT CompanyName, companyphone, Address FROM sysinfo"),
+              QStringList({"FirstOn|FirstOn|"}));
+}
+
+TEST_F(FirstRunTest, AnotherDatabaseOpenedOnTheInstallationOnlyTakesTheFileAway) {
+    install(kDetails);
+    const QString other = newDatabase("other.mdb");
+    testing_support::runOnFile(other,
+                               "UPDATE users SET Name = 'Ann Other', Logon = 'ann' WHERE id = 1");
+    const QStringList before = everything(other);
+
+    ASSERT_TRUE(logOn(other, "ann", ""));
+    EXPECT_EQ(captions, kGuardCaptions);
+    EXPECT_EQ(everything(other), before);
+    EXPECT_FALSE(firstRunPending());
+    EXPECT_EQ(rows(programFile(installer::kReportsDatabaseFile), "SELECT count(*) FROM reports"),
+              QStringList({"0"}));
+}
+
+TEST_F(FirstRunTest, AFailedFirstRunKeepsWhatItDidAndIsNotRepeated) {
+    const QString database = install(kDetails);
+    const QStringList movedStarts = reminderStarts(database, daysSinceSampleDay());
+    const QString reportsFile = programFile(installer::kReportsDatabaseFile);
+    ASSERT_TRUE(QFile::remove(reportsFile));
+
+    EXPECT_FALSE(logOn(database, "boss", "secret"));
+    ASSERT_EQ(ui.texts(), std::vector<QString>{"Couldn't find file '" + reportsFile + "'."});
+    EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
+    EXPECT_EQ(captions, QStringList(kAllCaptions.mid(0, 4)));
+    EXPECT_TRUE(firstRunPending());
+    EXPECT_EQ(reminderStarts(database), movedStarts);
+
+    ui.messages.clear();
+    ASSERT_TRUE(logOn(database, "boss", "secret"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(captions, kGuardCaptions);
+    EXPECT_EQ(reminderStarts(database), movedStarts);
+    EXPECT_EQ(rows(database, "SELECT Name, CompanyName FROM users, sysinfo"),
+              QStringList({"Pat Boss|Boss & Sons"}));
+    EXPECT_FALSE(firstRunPending());
+}
+
+TEST_F(FirstRunTest, AFileWithAnEmptyLogonDoesNothingAndStays) {
+    const QString database = install(kDetails);
+    ASSERT_TRUE(platform::WritePrivateProfileString("Temp", QStringLiteral("Logon"), QString(),
+                                                    programFile(installer::kFirstRunFile)));
+    ASSERT_TRUE(logOn(database, "new", ""));
+    EXPECT_TRUE(captions.isEmpty());
+    EXPECT_EQ(rows(database, "SELECT Name FROM users"), QStringList({"New User"}));
+    EXPECT_TRUE(firstRunPending());
+}
+
+}  // namespace
