@@ -3,7 +3,11 @@
 #include "directory/frm_admin.h"
 #include "fixtures.h"
 #include "logon/command_line.h"
+#include "platform/convert.h"
 #include "platform/engine/engine.h"
+#include "util/report_list.h"
+
+#include <QTabWidget>
 
 #include <memory>
 
@@ -23,6 +27,50 @@ protected:
     void logOn() {
         SetCommandLine("-ladmin -porvane");
         console.Form_Activate();
+    }
+    void run(const QString& sql) { db->execute(sql); }
+    // The one value of a query, such as an id, as a number.
+    qint32 number(const QString& sql) { return rt::CLng(db->openRecordset(sql)->field(0).value()); }
+    qint32 count(const QString& table, const QString& where = QStringLiteral("1 = 1")) {
+        return number("SELECT count(*) FROM " + table + " WHERE " + where);
+    }
+    // Shows the tab and gives its list; the employees' for a tab without one.
+    ReportList* showTab(int tab) {
+        console.tabAdmin->setCurrentIndex(tab);
+        switch (tab) {
+            case frmAdmin::Workgroups:
+                return console.lstWorkGroups;
+            case frmAdmin::Equipment:
+                return console.lstEquipment;
+            case frmAdmin::Branches:
+                return console.lstBranches;
+            default:
+                return console.lstEmployees;
+        }
+    }
+    static void select(ReportList* list, qint32 entry) {
+        for (int row = 0; row < list->rowCount(); ++row) {
+            if (list->tag(row).toInt() == entry) {
+                list->selectRow(row);
+            }
+        }
+    }
+    // Each row's cells, joined by "|".
+    static QStringList rows(ReportList* list) {
+        QStringList result;
+        for (int r = 0; r < list->rowCount(); ++r) {
+            QStringList cells;
+            for (int c = 0; c < list->cellCount(r); ++c) {
+                cells << list->cell(r, c);
+            }
+            result << cells.join('|');
+        }
+        return result;
+    }
+    // What the user does in the next modal window, which is a Window.
+    template <class Window, class Script>
+    void inWindow(Script script) {
+        ui.modalScripts.push_back([script](QWidget* w) { script(static_cast<Window*>(w)); });
     }
 
     std::unique_ptr<engine::Database> db;

@@ -18,63 +18,48 @@ namespace {
 constexpr int kRowsEach = 10000;  // clients of each owner, each with a file and its account rows
 constexpr int kTrialsEach = 10;   // for each choice
 
-// Runs SQL on the file directly, as another tool would.
-class RawFile {
-public:
-    explicit RawFile(const QString& path) { sqlite3_open(path.toUtf8().constData(), &db_); }
-    ~RawFile() { sqlite3_close(db_); }
-    void run(const QString& sql) {
-        char* message = nullptr;
-        if (sqlite3_exec(db_, sql.toUtf8().constData(), nullptr, nullptr, &message) != SQLITE_OK) {
-            ADD_FAILURE() << message << " in " << sql.toStdString();
-            sqlite3_free(message);
+// The rows of the query, read from the file directly as another tool would, one line a row.
+QStringList rowsOnFile(const QString& path, const QString& sql) {
+    sqlite3* db = nullptr;
+    sqlite3_open(path.toUtf8().constData(), &db);
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(db, sql.toUtf8().constData(), -1, &statement, nullptr);
+    QStringList rows;
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+        QStringList row;
+        for (int c = 0; c < sqlite3_column_count(statement); ++c) {
+            row << QString::fromUtf8(
+                reinterpret_cast<const char*>(sqlite3_column_text(statement, c)));
         }
+        rows << row.join('|');
     }
-    QStringList column(const QString& sql) {
-        QStringList values;
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(db_, sql.toUtf8().constData(), -1, &statement, nullptr);
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            QStringList row;
-            for (int c = 0; c < sqlite3_column_count(statement); ++c) {
-                row << QString::fromUtf8(
-                    reinterpret_cast<const char*>(sqlite3_column_text(statement, c)));
-            }
-            values << row.join('|');
-        }
-        sqlite3_finalize(statement);
-        return values;
-    }
-    // Every row of every table, in one hash.
-    QByteArray fingerprint() {
-        QCryptographicHash hash(QCryptographicHash::Sha256);
-        for (const QString& table :
-             column("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")) {
-            hash.addData(table.toUtf8());
-            for (const QString& row : column("SELECT * FROM \"" + table + "\" ORDER BY rowid")) {
-                hash.addData(row.toUtf8());
-                hash.addData("\n");
-            }
-        }
-        return hash.result();
-    }
+    sqlite3_finalize(statement);
+    sqlite3_close(db);
+    return rows;
+}
 
-private:
-    sqlite3* db_ = nullptr;
-};
+// Every row of every table, in one hash.
+QByteArray fingerprint(const QString& path) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const QString& table :
+         rowsOnFile(path, "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")) {
+        hash.addData(table.toUtf8());
+        hash.addData(
+            rowsOnFile(path, "SELECT * FROM \"" + table + "\" ORDER BY rowid").join('\n').toUtf8());
+    }
+    return hash.result();
+}
 
 class DeletionCrashTest : public testing_support::SeamTest {
 protected:
     void SetUp() override {
         SeamTest::SetUp();
         seed = newDatabase(QStringLiteral("seed.mdb"));
-        RawFile file(seed);
-        file.run("BEGIN");
-        file.run(
-            "INSERT INTO users (id, Name, Logon, Password, accLevel, fslevel, Type, num) "
+        QString sql =
+            "BEGIN; INSERT INTO users (id, Name, Logon, Password, accLevel, fslevel, Type, num) "
             "VALUES (2, 'Brian', 'bcole', 'b', 1, 0, 0, 0), "
-            "(3, 'Carmen', 'cdiaz', 'c', 1, 0, 0, 0), (4, 'Derek', 'devans', 'd', 1, 0, 0, 0)");
-        file.run("INSERT INTO extaccess (userid, extid) VALUES (2, 3), (3, 2), (3, 4)");
+            "(3, 'Carmen', 'cdiaz', 'c', 1, 0, 0, 0), (4, 'Derek', 'devans', 'd', 1, 0, 0, 0); "
+            "INSERT INTO extaccess (userid, extid) VALUES (2, 3), (3, 2), (3, 4);";
         // Brian (2) is deleted; Carmen (3) is the bystander, with as many rows of every kind.
         for (int owner : {2, 3}) {
             const QString rows = QStringLiteral(
@@ -86,11 +71,11 @@ protected:
                  {"clients (id, userid)", "files (id, ownerid)", "charges (accid, userid)",
                   "invoice (accid, userid)", "trans (acc_id, amount)", "balance (accid, amount)",
                   "history (client_id, histdate)", "reminder (userid, startd)"}) {
-                file.run(QStringLiteral("INSERT INTO %1 %2").arg(insert, rows));
+                sql += QStringLiteral(" INSERT INTO %1 %2;").arg(insert, rows);
             }
         }
-        file.run("COMMIT");
-        untouched = file.fingerprint();
+        testing_support::runOnFile(seed, (sql + " COMMIT;").toUtf8().constData());
+        untouched = fingerprint(seed);
     }
 
     // A fresh copy of the seeded file.
@@ -134,7 +119,7 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
         SCOPED_TRACE(choice.isEmpty() ? "all data" : "handed over");
         const QString whole = trialFile();
         const qint64 duration = runChild(whole, choice);
-        const QByteArray done = RawFile(whole).fingerprint();
+        const QByteArray done = fingerprint(whole);
         ASSERT_NE(done, untouched);
         int interrupted = 0;
         for (int trial = 0; trial < kTrialsEach; ++trial) {
@@ -144,13 +129,12 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
                 std::uniform_int_distribution<int>(0, int(duration * 5 / 4))(random);
             SCOPED_TRACE("killed after " + std::to_string(killAfter) + " ms");
             runChild(file, choice, killAfter);
-            RawFile after(file);
-            EXPECT_EQ(after.column("PRAGMA integrity_check"), QStringList{"ok"});
-            const QByteArray state = after.fingerprint();
+            EXPECT_EQ(rowsOnFile(file, "PRAGMA integrity_check"), QStringList{"ok"});
+            const QByteArray state = fingerprint(file);
             EXPECT_TRUE(state == untouched || state == done);
             interrupted += state == untouched ? 1 : 0;
             // The bystander's rows are part of both states; say so plainly all the same.
-            EXPECT_EQ(after.column("SELECT count(*) FROM clients WHERE userid = 3"),
+            EXPECT_EQ(rowsOnFile(file, "SELECT count(*) FROM clients WHERE userid = 3"),
                       QStringList{QString::number(kRowsEach)});
         }
         RecordProperty(choice.isEmpty() ? "interruptedAllData" : "interruptedHandOver",

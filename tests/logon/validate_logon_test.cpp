@@ -67,51 +67,43 @@ protected:
     FakeLogonWindow window;
 };
 
+// Each check before the credentials shows its message and sets the focus; none remembers the
+// database.
 TEST_F(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
+    const QString missing = path("missing.mdb");
     const struct {
         const char* logon;
-        const char* password;
         QString database;
-        const char* message;
+        QString message;
         const char* title;
         QStringList calls;
     } cases[] = {
-        {"", "orvane", window.database, "You must enter a logon.", "Logon", {"focus logon"}},
-        {"ad'min", "orvane", window.database, "Invalid logon character.", "Logon", {"focus logon"}},
-        {"ad\"min",
-         "orvane",
-         window.database,
-         "Invalid logon character.",
-         "Logon",
-         {"focus logon"}},
-        {"admin", "orvane", "", "Invalid database.", "Error", {"ShowDb", "focus database"}},
+        {"", window.database, "You must enter a logon.", "Logon", {"focus logon"}},
+        {"ad'min", window.database, "Invalid logon character.", "Logon", {"focus logon"}},
+        {"ad\"min", window.database, "Invalid logon character.", "Logon", {"focus logon"}},
+        {"admin", "", "Invalid database.", "Error", {"ShowDb", "focus database"}},
+        {"admin",
+         missing,
+         "Couldn't find file '" + missing + "'.",
+         "Orvane Administration",
+         {"ShowDb"}},
     };
     WriteIni("Database", ProgramSection(), "");
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.message.toStdString());
         ui.messages.clear();
         window.calls.clear();
         window.logon = c.logon;
-        window.password = c.password;
         window.database = c.database;
-        EXPECT_FALSE(validate()) << c.message;
-        ASSERT_EQ(ui.messages.size(), 1u) << c.message;
+        EXPECT_FALSE(validate());
+        ASSERT_EQ(ui.messages.size(), 1u);
         EXPECT_EQ(ui.messages[0].text, c.message);
         EXPECT_EQ(ui.messages[0].title, c.title);
         EXPECT_EQ(ui.messages[0].buttons, platform::Msg::OKOnly);
-        EXPECT_EQ(window.calls, c.calls) << c.message;
-        EXPECT_EQ(gDBase.theDb, nullptr) << "reached the database: " << c.message;
+        EXPECT_EQ(window.calls, c.calls);
+        EXPECT_EQ(gDBase.theDb, nullptr);
+        EXPECT_FALSE(ui.busy);
     }
-    EXPECT_EQ(setting("Database"), "<none>");
-}
-
-TEST_F(ValidateLogonTest, ADatabaseThatDoesNotOpenIsShownAndNotRemembered) {
-    WriteIni("Database", ProgramSection(), "");
-    window.database = path("missing.mdb");
-    EXPECT_FALSE(validate());
-    EXPECT_EQ(ui.texts(),
-              std::vector<QString>{"Couldn't find file '" + path("missing.mdb") + "'."});
-    EXPECT_EQ(window.calls, QStringList({"ShowDb"}));
-    EXPECT_FALSE(ui.busy);
     EXPECT_EQ(setting("Database"), "<none>");
 }
 
@@ -218,6 +210,13 @@ TEST_F(ValidateLogonTest, WithoutTheRightOnlyWhatExtendedAccessReaches) {
 }
 
 TEST_F(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
+    window.logon = "bcole";  // the console and the documents program write no row
+    window.password = "brian";
+    EXPECT_TRUE(validate(false, true));
+    EXPECT_TRUE(validate(true, false));
+    EXPECT_EQ(sessionRows(2), 0);
+    EXPECT_TRUE(gLogonTime.isEmpty());
+
     window.logon = "devans";  // the demo shows Derek logged on already
     window.password = "derek";
     ui.answers.push_back(No);
@@ -246,15 +245,6 @@ TEST_F(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
     EXPECT_TRUE(validate(false, false));
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_EQ(sessionRows(2), 1);
-}
-
-TEST_F(ValidateLogonTest, TheConsoleAndTheDocumentsProgramWriteNoSessionRow) {
-    window.logon = "bcole";
-    window.password = "brian";
-    EXPECT_TRUE(validate(false, true));
-    EXPECT_TRUE(validate(true, false));
-    EXPECT_EQ(sessionRows(2), 0);
-    EXPECT_TRUE(gLogonTime.isEmpty());
 }
 
 TEST(CommandSwitches, AreFoundAnywhereInEitherCase) {

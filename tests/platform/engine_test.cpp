@@ -157,10 +157,6 @@ TEST_F(EngineTest, FindComparesByTheEnginesRules) {
     EXPECT_TRUE(rs->noMatch());
     rs->moveFirst();  // a move leaves NoMatch as it was
     EXPECT_TRUE(rs->noMatch());
-    rs->findFirst("age > 26 AND name LIKE 'a*'");
-    EXPECT_EQ(rt::CStr(rs->field("name").value()), "Alice");
-    rs->findFirst("[name] = \"carol\"");
-    EXPECT_EQ(rt::CStr(rs->field("age").value()), "25");
     EXPECT_EQ(errorOf([&] { rs->findFirst("nosuch = 1"); }), engine::UnknownName);
 }
 

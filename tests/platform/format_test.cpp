@@ -63,6 +63,11 @@ TEST(FormatNumbers, DocumentedPatternsOnFiveMinusFiveHalfAndZero) {
 
 TEST(FormatNumbers, PlaceholdersScalingAndLiterals) {
     expectFormats({
+        // The facts sheet's examples: halves round away from zero.
+        {2.5, "0", "3"},
+        {-2.5, "0", "-3"},
+        {1234.5, "0.00", "1234.50"},
+        {1234.567, "#,##0.00", "1,234.57"},
         // "Format function" examples.
         {5459.4, "##,##0.00", "5,459.40"},
         {334.9, "###0.00", "334.90"},
@@ -75,6 +80,9 @@ TEST(FormatNumbers, PlaceholdersScalingAndLiterals) {
         {0.5, "#.00", ".50"},
         // Placeholders: a number never loses integer digits; "0" pads, "#" doesn't.
         {12345, "00", "12345"},
+        {1234567.0, "#######", "1234567"},
+        {0.0, "#######", ""},
+        {"42", "#######", "42"},
         {7, "000", "007"},
         {0.25, "#.##", ".25"},
         {5, "#.##", "5."},  // the point stays where the pattern puts it (unverified)
@@ -111,6 +119,20 @@ TEST(FormatNumbers, SectionsPickedBySign) {
     });
 }
 
+TEST(FormatNamed, DateAndTimeFormsFollowTheRegionalSettings) {
+    // The facts sheet's named forms of 5 Jan 2000 13:05:09 (en-US).
+    expectFormats({
+        {kWhen, "Short Date", "1/5/2000"},
+        {kWhen, "Long Date", "Wednesday, January 05, 2000"},
+        {kWhen, "Medium Date", "05-Jan-00"},
+        {kWhen, "Long Time", "1:05:09 PM"},
+        {kWhen, "Medium Time", "01:05 PM"},
+        {kWhen, "Short Time", "13:05"},
+        {"1/5/2000", "Short Date", "1/5/2000"},
+        {"not a date", "Short Date", "not a date"},
+    });
+}
+
 TEST(FormatNamed, NumberForms) {
     // "Named formats": Yes/No, True/False, On/Off show the second word for zero; Scientific is
     // standard scientific notation; Fixed and Standard show two decimals.
@@ -130,6 +152,13 @@ TEST(FormatNamed, NumberForms) {
         {0.125, "Percent", "12.50%"},
         {Variant::null(), "Yes/No", ""},
     });
+    // The regional defaults: two decimals, a leading zero, grouping; currency in parentheses.
+    EXPECT_EQ(rt::FormatNumber(1234.5), "1,234.50");
+    EXPECT_EQ(rt::FormatNumber(-0.125, 2), "-0.13");
+    EXPECT_EQ(rt::FormatNumber(0.5, 0), "1");
+    EXPECT_EQ(rt::FormatCurrency(1234.5), "$1,234.50");
+    EXPECT_EQ(rt::FormatCurrency(-5), "($5.00)");
+    EXPECT_EQ(rt::FormatCurrency(7, 0), "$7");
 }
 
 TEST(FormatDates, CodesOnOneMoment) {

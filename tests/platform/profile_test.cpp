@@ -40,6 +40,9 @@ protected:
 };
 
 TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
+    EXPECT_EQ(read("section1", "name1"), std::make_pair(QString("default"), 7));  // no file yet
+    write("[s]\rk=v\r");  // carriage returns alone end lines too
+    EXPECT_EQ(read("s", "k").first, "v");
     write(
         "[section1]\r\nname1=val1\r\nname2=\"val2\"\r\nname3\r\nname4=a\r\nname5=\r\n  Spaced  =  "
         "value with blanks  \r\nname1=second\r\nname6='val6'\r\nname7='val7\"\r\nname8='\r\n"
@@ -77,26 +80,15 @@ TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
     EXPECT_EQ(read("section1", "missing", 128, "padded   ").first, "padded");
 }
 
-TEST_F(ProfileTest, CarriageReturnsAloneEndLinesToo) {
-    write("[s]\rk=v\r");
-    EXPECT_EQ(read("s", "k").first, "v");
-}
-
-TEST_F(ProfileTest, AMissingFileGivesTheDefault) {
-    EXPECT_EQ(read("s", "k"), std::make_pair(QString("default"), 7));
-}
-
-TEST_F(ProfileTest, WritingMakesFileSectionAndKey) {
-    EXPECT_TRUE(platform::WritePrivateProfileString("App", QString("key"), QString(""), file));
+TEST_F(ProfileTest, WritingFollowsTheProfileCalls) {
+    EXPECT_TRUE(writeKey("App", "key", ""));
     EXPECT_EQ(content(), "[App]\r\nkey=\r\n");
-    EXPECT_TRUE(platform::WritePrivateProfileString("App", QString("second"), QString("2"), file));
-    EXPECT_TRUE(platform::WritePrivateProfileString("Other", QString("a"), QString("b"), file));
-    EXPECT_TRUE(
-        platform::WritePrivateProfileString("APP", QString("KEY"), QString("replaced"), file));
+    EXPECT_TRUE(writeKey("App", "second", "2"));
+    EXPECT_TRUE(writeKey("Other", "a", "b"));
+    EXPECT_TRUE(writeKey("APP", "KEY", "replaced"));
     EXPECT_EQ(content(), "[App]\r\nkey=replaced\r\nsecond=2\r\n[Other]\r\na=b\r\n");
-}
 
-TEST_F(ProfileTest, NoValueDeletesTheKeyAndNoKeyTheSection) {
+    // No value deletes the key, no key the section.
     write("[A]\r\nx=1\r\ny=2\r\n[B]\r\nz=3\r\n");
     EXPECT_TRUE(platform::WritePrivateProfileString("A", QString("x"), std::nullopt, file));
     EXPECT_EQ(content(), "[A]\r\ny=2\r\n[B]\r\nz=3\r\n");
@@ -104,11 +96,10 @@ TEST_F(ProfileTest, NoValueDeletesTheKeyAndNoKeyTheSection) {
     EXPECT_EQ(content(), "[A]\r\ny=2\r\n");
     EXPECT_TRUE(platform::WritePrivateProfileString("Absent", QString("x"), std::nullopt, file));
     EXPECT_FALSE(platform::WritePrivateProfileString("A", QString("x"), QString("1"), ""));
-}
 
-TEST_F(ProfileTest, ANewKeyGoesAtTheEndOfItsSectionBeforeBlankLines) {
+    // A new key goes at the end of its section, before blank lines.
     write("; comment\r\n[A]\r\nx=1\r\n\r\n[B]\r\n");
-    EXPECT_TRUE(platform::WritePrivateProfileString("A", QString("y"), QString("2"), file));
+    EXPECT_TRUE(writeKey("A", "y", "2"));
     EXPECT_EQ(content(), "; comment\r\n[A]\r\nx=1\r\ny=2\r\n\r\n[B]\r\n");
 }
 

@@ -2,8 +2,6 @@
 
 #include "platform/scripted_ui.h"
 
-#include <QWidget>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -44,22 +42,6 @@ TEST_F(SeamFixture, AnUnhandledFailureShowsTheRuntimesTextAndEndsTheRun) {
     EXPECT_EQ(ui.exitStatus, kExitFailure);
     ASSERT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
     EXPECT_EQ(ui.messages[0].buttons, Msg::OKOnly);
-}
-
-TEST_F(SeamFixture, BusyAndModalWindowsAreRecorded) {
-    ShowBusy();
-    ShowBusy();
-    ShowIdle();
-    EXPECT_EQ(ui.busyChanges, 2);
-    EXPECT_FALSE(ui.busy);
-    QWidget window;
-    window.setObjectName("frmTest");
-    bool visibleInside = false;
-    ui.modalScripts.push_back([&](QWidget* w) { visibleInside = w->isVisible(); });
-    ui.showModal(&window, nullptr);
-    EXPECT_TRUE(visibleInside);
-    EXPECT_FALSE(window.isVisible());
-    EXPECT_EQ(ui.modalWindows, std::vector<QString>{"frmTest"});
 }
 
 TEST(Seam, WithoutASeamAnyUseIsAnUnsetObject) {

@@ -46,7 +46,12 @@ TEST_F(SettingsFileTest, MissingOrEmptyGivesTheDefault) {
     EXPECT_EQ(ReadIni("LG", ProgramSection(), "fallback"), "fallback");
     WriteIni("LG", ProgramSection(), 42);
     EXPECT_EQ(ReadIni("lg", ProgramSection(), "fallback"), "42");
-    EXPECT_EQ(ReadIni("Name", "Temp", "FirstOn", path("missing.tmp")), "FirstOn");
+    // A settings file given by its path.
+    const QString temp = path("temp.tmp");
+    EXPECT_EQ(ReadIni("Logon", "Temp", "FirstOn", temp), "FirstOn");
+    ASSERT_TRUE(
+        platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
+    EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
 }
 
 TEST_F(SettingsFileTest, EachProgramFolderHasASectionOfItsOwn) {
@@ -60,14 +65,6 @@ TEST_F(SettingsFileTest, EachProgramFolderHasASectionOfItsOwn) {
     QFile file(platform::joinPath(gSystemDir, "tarnell.ini"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll().count("[/opt/"), 2);
-}
-
-TEST_F(SettingsFileTest, ASettingsFileGivenByPathIsRead) {
-    const QString temp = path("temp.tmp");
-    ASSERT_TRUE(
-        platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
-    EXPECT_EQ(ReadIni("Logon", "Temp", "", temp), "boss");
-    EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
 }
 
 using OptionsTest = testing_support::OptionsSessionTest;
