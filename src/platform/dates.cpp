@@ -247,6 +247,15 @@ bool validDay(int year, int month, int day) {
     return QDate::isValid(year, month, day);
 }
 
+std::optional<QDateTime>& pinnedClock() {
+    static std::optional<QDateTime> at;
+    return at;
+}
+
+QDateTime currentDateTime() {
+    return pinnedClock().value_or(QDateTime::currentDateTime());
+}
+
 struct NumberToken {
     int value;
     int digits;
@@ -254,7 +263,7 @@ struct NumberToken {
 
 std::optional<QDate> resolveDate(const std::vector<NumberToken>& numbers, int month,
                                  const QLocale& locale) {
-    const int currentYear = QDate::currentDate().year();
+    const int currentYear = currentDateTime().date().year();
     auto year = [](const NumberToken& n) { return twoDigitYear(n.value, n.digits); };
     auto make = [](int y, int m, int d) -> std::optional<QDate> {
         if (y < 100 || y > 9999 || !validDay(y, m, d)) {
@@ -426,15 +435,19 @@ double joinDate(const DateParts& parts) {
     return serialOf(day, secondsOf(parts.hour, parts.minute, parts.second));
 }
 
+void pinClock(const std::optional<QDateTime>& at) {
+    pinnedClock() = at;
+}
+
 double Now() {
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = currentDateTime();
     const QTime time = now.time();
     return joinDate({now.date().year(), now.date().month(), now.date().day(), time.hour(),
                      time.minute(), time.second()});
 }
 
 double Today() {
-    return static_cast<double>(kEpoch.daysTo(QDate::currentDate()));
+    return static_cast<double>(kEpoch.daysTo(currentDateTime().date()));
 }
 
 namespace {

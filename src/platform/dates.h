@@ -2,6 +2,7 @@
 
 #include "platform/variant.h"
 
+#include <QDateTime>
 #include <QLocale>
 
 #include <optional>
@@ -26,6 +27,10 @@ double joinDate(const DateParts& parts);
 
 double Now();  // whole seconds, local time
 double Today();
+// Makes the clock that Now, Today and the current year of a date without one read stand at
+// `at`, for a run that must see one day whatever the calendar says; nothing sets it back to the
+// real clock.
+void pinClock(const std::optional<QDateTime>& at);
 
 // To a date serial; text is read under QLocale(), the program's own date text by the very patterns
 // it was written with, in any script's digits. Raises 13 for text that is no date, 94 for

@@ -213,6 +213,20 @@ TEST_F(FirstRunTest, AFailedFirstRunKeepsWhatItDidAndIsNotRepeated) {
     EXPECT_FALSE(firstRunPending());
 }
 
+TEST_F(FirstRunTest, MoreDaysSinceTheSampleDataThanAnIntegerHoldsFailAfterTheFirstUser) {
+    const QString database = install(kDetails);
+    const QStringList starts = reminderStarts(database);
+    rt::pinClock(QDateTime(QDate(2000, 8, 28).addDays(32768), QTime(9, 0)));
+    const bool loggedOn = logOn(database, "boss", "secret");
+    rt::pinClock(std::nullopt);
+
+    EXPECT_FALSE(loggedOn);
+    EXPECT_EQ(ui.texts(), std::vector<QString>{"Overflow"});
+    EXPECT_EQ(reminderStarts(database), starts);
+    EXPECT_EQ(rows(database, "SELECT Name FROM users"), QStringList({"Pat Boss"}));
+    EXPECT_TRUE(firstRunPending());
+}
+
 TEST_F(FirstRunTest, AFileWithAnEmptyLogonDoesNothingAndStays) {
     const QString database = install(kDetails);
     ASSERT_TRUE(platform::WritePrivateProfileString("Temp", QStringLiteral("Logon"), QString(),
