@@ -1,0 +1,3 @@
+#include "controls/time_step.h"
+
+qint16 gTimeStep = 30;
