@@ -62,7 +62,9 @@ private:
 
 // A dynaset: the rows of a query, updatable where they come from one table. RecordCount is the
 // count of rows visited so far until MoveLast; a new row's counter is readable right after
-// AddNew, and after its Update the row stands last.
+// AddNew, and after its Update the row stands last. A row of one table is read as it stands
+// each time the cursor comes to it: one another program deleted since can be moved over, and
+// reading it is 3167.
 class Recordset {
 public:
     virtual ~Recordset() = default;

@@ -291,9 +291,16 @@ void SqliteDatabase::execute(const QString& sql) {
         case dialect::Statement::SelectInto:
             selectInto(statement);
             return;
-        case dialect::Statement::Action:
-            run(db, dialect::render(statement.tokens), sql);
+        case dialect::Statement::Action: {
+            // Row changes come again and again with the same text; definitions mostly once.
+            const dialect::Token& verb = statement.tokens[dialect::topLevel(statement.tokens)[0]];
+            if (verb.isWord("insert") || verb.isWord("update") || verb.isWord("delete")) {
+                run(*connection_, dialect::render(statement.tokens), sql);
+            } else {
+                run(db, dialect::render(statement.tokens), sql);
+            }
             return;
+        }
     }
 }
 
@@ -349,10 +356,7 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
 }
 
 void SqliteDatabase::close() {
-    if (connection_->db) {
-        sqlite3_close_v2(connection_->db);
-        connection_->db = nullptr;
-    }
+    connection_->close();
 }
 
 void SqliteDatabase::deleteTable(const QString& name) {

@@ -16,11 +16,19 @@ SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
       itemTypes_(statement.itemTypes) {
     if (statement.kind == dialect::Statement::TableName) {
         sql_ = "SELECT rowid, * FROM " + quoteName(table_);
+        fetchSql_ = "SELECT * FROM " + quoteName(table_) + " WHERE rowid = ?1";
     } else if (!table_.isEmpty()) {
-        // The rowid goes first, so that each row can be found again to write it back.
+        // The rowid goes first, so that each row can be found again to read it or write it back.
         const std::vector<size_t> top = dialect::topLevel(statement.tokens);
         sql_ = "SELECT " + quoteName(table_) + ".rowid, " +
                dialect::render(statement.tokens, top[0] + 1);
+        // A row read again shows even when it no longer meets the WHERE, as a dynaset's rows do.
+        size_t from = 0;
+        while (!statement.tokens[top[from]].isWord("from")) {
+            ++from;
+        }
+        fetchSql_ = "SELECT " + dialect::render(statement.tokens, top[0] + 1, top[from + 1] + 1) +
+                    " WHERE " + quoteName(table_) + ".rowid = ?1";
     } else {
         sql_ = dialect::render(statement.tokens);
     }
@@ -35,6 +43,7 @@ void SqliteRecordset::rememberBeforeChange() {
     Snapshot before{rows_, position_, bof_, eof_, highestVisited_, mode_, buffer_, dirty_};
     connection_->rememberCursor(this, [this, before = std::move(before)] {
         rows_ = before.rows;
+        currentRead_ = -1;
         position_ = before.position;
         bof_ = before.bof;
         eof_ = before.eof;
@@ -72,50 +81,86 @@ int SqliteRecordset::itemType(int column, int columns) const {
     return fromBack < after ? itemTypes_[items - 1 - fromBack] : 0;
 }
 
+void SqliteRecordset::describe(sqlite3_stmt* statement, int first) {
+    const int count = sqlite3_column_count(statement);
+    for (int c = first; c < count; ++c) {
+        Column column;
+        column.info.name = QString::fromUtf8(sqlite3_column_name(statement, c));
+        const char* declared = sqlite3_column_decltype(statement, c);
+        const QString declaredType = declared ? QString::fromUtf8(declared) : QString();
+        column.info.type =
+            declared ? fieldTypeOf(declaredType) : itemType(c - first, count - first);
+        column.info.size = fieldSizeOf(column.info.type, declaredType);
+        const char* origin = sqlite3_column_origin_name(statement, c);
+        const char* originTable = sqlite3_column_table_name(statement, c);
+        if (origin && originTable && !table_.isEmpty() &&
+            QString::fromUtf8(originTable).compare(table_, Qt::CaseInsensitive) == 0) {
+            column.baseColumn = QString::fromUtf8(origin);
+            int autoIncrement = 0;
+            sqlite3_table_column_metadata(db(), nullptr, originTable, origin, nullptr, nullptr,
+                                          nullptr, nullptr, &autoIncrement);
+            column.counter = autoIncrement != 0;
+        }
+        columns_.push_back(column);
+    }
+}
+
+void SqliteRecordset::settleType(Column& column, const rt::Variant& value) {
+    // A computed column takes its type from the first value it shows.
+    if (column.info.type != 0 || value.isNull()) {
+        return;
+    }
+    const rt::VarType kind = value.type();
+    column.info.type = kind == rt::VarType::Long     ? dbLong
+                       : kind == rt::VarType::Double ? dbDouble
+                       : kind == rt::VarType::Bytes  ? dbLongBinary
+                                                     : dbText;
+    column.info.size = fieldSizeOf(column.info.type, QString());
+}
+
 void SqliteRecordset::load() {
-    Prepared statement(db(), sql_, source_);
-    const int first = table_.isEmpty() ? 0 : 1;
-    const int count = statement.columnCount();
+    Prepared statement(*connection_, sql_, source_);
+    const int first = keyed() ? 1 : 0;
+    // Stepped before its columns are read: a statement kept from before a change of the table's
+    // definition is prepared again by its first step.
+    bool more = statement.step();
     if (columns_.empty()) {
-        for (int c = first; c < count; ++c) {
-            Column column;
-            column.info.name = QString::fromUtf8(sqlite3_column_name(statement.get(), c));
-            const char* declared = sqlite3_column_decltype(statement.get(), c);
-            const QString declaredType = declared ? QString::fromUtf8(declared) : QString();
-            column.info.type =
-                declared ? fieldTypeOf(declaredType) : itemType(c - first, count - first);
-            column.info.size = fieldSizeOf(column.info.type, declaredType);
-            const char* origin = sqlite3_column_origin_name(statement.get(), c);
-            const char* originTable = sqlite3_column_table_name(statement.get(), c);
-            if (origin && originTable && !table_.isEmpty() &&
-                QString::fromUtf8(originTable).compare(table_, Qt::CaseInsensitive) == 0) {
-                column.baseColumn = QString::fromUtf8(origin);
-                int autoIncrement = 0;
-                sqlite3_table_column_metadata(db(), nullptr, originTable, origin, nullptr, nullptr,
-                                              nullptr, nullptr, &autoIncrement);
-                column.counter = autoIncrement != 0;
-            }
-            columns_.push_back(column);
+        describe(statement.get(), first);
+    }
+    const int count = int(columns_.size());
+    std::vector<int> unsettled;
+    for (int c = 0; c < count; ++c) {
+        if (columns_[c].info.type == 0) {
+            unsettled.push_back(c);
         }
     }
     rows_.clear();
-    while (statement.step()) {
+    readAtOpen_.clear();
+    currentRead_ = -1;
+    std::vector<rt::Variant> firstValues;
+    for (; more; more = statement.step()) {
+        std::erase_if(unsettled, [&](int c) {
+            if (sqlite3_column_type(statement.get(), c + first) == SQLITE_NULL) {
+                return false;
+            }
+            settleType(columns_[c], readColumn(statement.get(), c + first, 0));
+            return true;
+        });
         Row row;
-        row.rowid = first ? sqlite3_column_int64(statement.get(), 0) : qint64(rows_.size());
-        for (int c = first; c < count; ++c) {
-            Column& column = columns_[c - first];
-            row.values.push_back(readColumn(statement.get(), c, column.info.type));
-            if (column.info.type == 0 && !row.values.back().isNull()) {
-                // A computed column takes its type from the first value it shows.
-                const rt::VarType kind = row.values.back().type();
-                column.info.type = kind == rt::VarType::Long     ? dbLong
-                                   : kind == rt::VarType::Double ? dbDouble
-                                   : kind == rt::VarType::Bytes  ? dbLongBinary
-                                                                 : dbText;
-                column.info.size = fieldSizeOf(column.info.type, QString());
+        if (keyed()) {
+            row.rowid = sqlite3_column_int64(statement.get(), 0);
+        } else {
+            row.rowid = qint64(rows_.size());
+        }
+        if (!keyed() || rows_.empty()) {
+            // The first row is the current one: read now, it needs no second look-up.
+            std::vector<rt::Variant>& values = keyed() ? firstValues : readAtOpen_.emplace_back();
+            values.reserve(count);
+            for (int c = 0; c < count; ++c) {
+                values.push_back(readColumn(statement.get(), c + first, columns_[c].info.type));
             }
         }
-        rows_.push_back(std::move(row));
+        rows_.push_back(row);
     }
     mode_ = Mode::Browse;
     noMatch_ = false;
@@ -126,6 +171,10 @@ void SqliteRecordset::load() {
     } else {
         bof_ = eof_ = false;
         visit(0);
+        if (keyed()) {
+            current_ = std::move(firstValues);
+            currentRead_ = 0;
+        }
     }
 }
 
@@ -133,6 +182,10 @@ void SqliteRecordset::close() {
     connection_->forgetCursor(this);
     closed_ = true;
     rows_.clear();
+    readAtOpen_.clear();
+    current_.clear();
+    currentRead_ = -1;
+    fetchStatement_.reset();
 }
 
 bool SqliteRecordset::eof() const {
@@ -160,7 +213,49 @@ const SqliteRecordset::Row& SqliteRecordset::currentRow() const {
     return row;
 }
 
+const std::vector<rt::Variant>& SqliteRecordset::currentValues() const {
+    const Row& row = currentRow();
+    if (!keyed()) {
+        return readAtOpen_[position_];
+    }
+    if (currentRead_ != position_) {
+        if (!fetch(row.rowid, current_)) {
+            throw error(RecordDeleted);  // by another program since it was last read
+        }
+        currentRead_ = position_;
+    }
+    return current_;
+}
+
+bool SqliteRecordset::fetch(qint64 rowid, std::vector<rt::Variant>& values) const {
+    sqlite3* handle = db();
+    if (!fetchStatement_) {
+        fetchStatement_ = std::make_unique<Prepared>(*connection_, fetchSql_, source_);
+    }
+    sqlite3_stmt* statement = fetchStatement_->get();
+    sqlite3_bind_int64(statement, 1, rowid);
+    // Reset however it ends: a statement left stepped would hold the file's read lock.
+    struct Reset {
+        sqlite3_stmt* statement;
+        ~Reset() { sqlite3_reset(statement); }
+    } reset{statement};
+    const int code = sqlite3_step(statement);
+    if (code == SQLITE_DONE) {
+        return false;
+    }
+    if (code != SQLITE_ROW) {
+        throw sqliteFailure(handle, code, source_);
+    }
+    const int count = int(columns_.size());
+    values.resize(count);
+    for (int c = 0; c < count; ++c) {
+        values[c] = readColumn(statement, c, columns_[c].info.type);
+    }
+    return true;
+}
+
 void SqliteRecordset::visit(int index) {
+    currentRead_ = -1;
     position_ = index;
     bof_ = eof_ = false;
     highestVisited_ = std::max(highestVisited_, index);
@@ -296,17 +391,27 @@ void SqliteRecordset::find(const QString& criteria, int from) {
                                              ? "(" + parameter + " COLLATE NOCASE)"
                                              : parameter};
     }
-    Prepared test(db(), "SELECT (" + dialect::render(tokens) + ")", criteria,
+    Prepared test(*connection_, "SELECT (" + dialect::render(tokens) + ")", criteria,
                   FailureContext::Criteria);
+    std::vector<rt::Variant> fetched;
     for (auto index = nextLive(from, 1); index; index = nextLive(*index + 1, 1)) {
+        if (keyed() && !fetch(rows_[*index].rowid, fetched)) {
+            continue;  // deleted by another program: nothing there to match
+        }
+        const std::vector<rt::Variant>& values = keyed() ? fetched : readAtOpen_[*index];
         test.reset();
         for (size_t p = 0; p < parameterColumns.size(); ++p) {
-            test.bind(int(p) + 1, rows_[*index].values[parameterColumns[p]]);
+            test.bind(int(p) + 1, values[parameterColumns[p]]);
         }
         if (test.step() && sqlite3_column_type(test.get(), 0) != SQLITE_NULL &&
             sqlite3_column_double(test.get(), 0) != 0) {
+            test.reset();
             noMatch_ = false;
             visit(*index);
+            if (keyed()) {
+                current_ = std::move(fetched);
+                currentRead_ = *index;
+            }
             return;
         }
     }
@@ -334,38 +439,16 @@ void SqliteRecordset::requireUpdatable() const {
     }
 }
 
-std::vector<rt::Variant> SqliteRecordset::readBaseRow(qint64 rowid) const {
-    QStringList names;
-    for (const Column& column : columns_) {
-        names << (column.baseColumn.isEmpty() ? QStringLiteral("NULL")
-                                              : quoteName(column.baseColumn));
-    }
-    Prepared statement(
-        db(), "SELECT " + names.join(", ") + " FROM " + quoteName(table_) + " WHERE rowid = ?1",
-        source_);
-    statement.bind(1, rt::Variant(rowid));
-    if (!statement.step()) {
-        throw error(RecordDeleted);
-    }
-    std::vector<rt::Variant> values;
-    for (int c = 0; c < int(columns_.size()); ++c) {
-        values.push_back(readColumn(statement.get(), c, columns_[c].info.type));
-    }
-    return values;
-}
-
 void SqliteRecordset::edit() {
     requireUpdatable();
     const qint64 rowid = currentRow().rowid;
     leaveEdit();
     // The row as it stands now, which another program may have changed since it was read.
-    std::vector<rt::Variant> fresh = readBaseRow(rowid);
-    for (size_t c = 0; c < columns_.size(); ++c) {
-        if (!columns_[c].baseColumn.isEmpty()) {
-            rows_[position_].values[c] = fresh[c];
-        }
+    if (!fetch(rowid, buffer_)) {
+        throw error(RecordDeleted);
     }
-    buffer_ = rows_[position_].values;
+    current_ = buffer_;
+    currentRead_ = position_;
     dirty_.assign(columns_.size(), false);
     mode_ = Mode::Editing;
 }
@@ -400,7 +483,7 @@ qint64 SqliteRecordset::reserveCounter(const Column& counter) {
     // before Update; a cancelled row leaves its number unused.
     sqlite3* handle = db();
     OwnTransaction transaction(handle);
-    Prepared highest(handle,
+    Prepared highest(*connection_,
                      "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
                      "COALESCE((SELECT max(" +
                          quoteName(counter.baseColumn) + ") FROM " + quoteName(table_) + "), 0))",
@@ -408,13 +491,13 @@ qint64 SqliteRecordset::reserveCounter(const Column& counter) {
     highest.bind(1, rt::Variant(table_));
     highest.step();
     const qint64 next = sqlite3_column_int64(highest.get(), 0) + 1;
-    Prepared store(handle, QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"),
-                   source_);
+    Prepared store(*connection_,
+                   QStringLiteral("UPDATE sqlite_sequence SET seq = ?1 WHERE name = ?2"), source_);
     store.bind(1, rt::Variant(next));
     store.bind(2, rt::Variant(table_));
     store.step();
     if (sqlite3_changes(handle) == 0) {
-        Prepared add(handle,
+        Prepared add(*connection_,
                      QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?2, ?1)"),
                      source_);
         add.bind(1, rt::Variant(next));
@@ -454,16 +537,15 @@ void SqliteRecordset::insertBuffer() {
                             ? "INSERT INTO " + quoteName(table_) + " DEFAULT VALUES"
                             : "INSERT INTO " + quoteName(table_) + " (" + names.join(", ") +
                                   ") VALUES (" + places.join(", ") + ")";
-    Prepared insert(db(), sql, source_);
+    Prepared insert(*connection_, sql, source_);
     for (size_t v = 0; v < values.size(); ++v) {
         insert.bind(int(v) + 1, values[v]);
     }
     insert.step();
     Row row;
     row.rowid = sqlite3_last_insert_rowid(db());
-    row.values = readBaseRow(row.rowid);
     row.appended = true;
-    rows_.push_back(std::move(row));
+    rows_.push_back(row);
     if (bof_ && eof_) {
         // The first row of an empty set becomes the current one.
         visit(int(rows_.size()) - 1);
@@ -482,7 +564,7 @@ void SqliteRecordset::updateBuffer() {
     }
     Row& row = rows_[position_];
     if (!assignments.isEmpty()) {
-        Prepared update(db(),
+        Prepared update(*connection_,
                         "UPDATE " + quoteName(table_) + " SET " + assignments.join(", ") +
                             QStringLiteral(" WHERE rowid = ?%1").arg(values.size() + 1),
                         source_);
@@ -495,7 +577,7 @@ void SqliteRecordset::updateBuffer() {
             throw error(RecordDeleted);
         }
     }
-    row.values = readBaseRow(row.rowid);
+    currentRead_ = -1;  // read again as the file now holds it
 }
 
 void SqliteRecordset::update() {
@@ -525,7 +607,8 @@ void SqliteRecordset::deleteCurrent() {
     const qint64 rowid = currentRow().rowid;
     rememberBeforeChange();
     leaveEdit();
-    Prepared remove(db(), "DELETE FROM " + quoteName(table_) + " WHERE rowid = ?1", source_);
+    Prepared remove(*connection_, "DELETE FROM " + quoteName(table_) + " WHERE rowid = ?1",
+                    source_);
     remove.bind(1, rt::Variant(rowid));
     remove.step();
     rows_[position_].deleted = true;
@@ -561,7 +644,7 @@ rt::Variant SqliteRecordset::fieldValue(int index) const {
     if (mode_ != Mode::Browse) {
         return buffer_.at(index);
     }
-    return currentRow().values.at(index);
+    return currentValues().at(index);
 }
 
 void SqliteRecordset::setFieldValue(int index, const rt::Variant& value) {

@@ -10,8 +10,9 @@
 
 namespace engine {
 
-// A dynaset over the embedded engine. The rows are read when it opens and kept with their
-// rowid; what is written goes back to the one table they come from.
+// A dynaset over the embedded engine. Rows of one table are kept as their rowids, read when the
+// cursor stands on them and read again at each visit, so that what another program wrote since
+// shows; what is written goes back to that table. Rows of any other query are read when it opens.
 class SqliteRecordset : public Recordset {
 public:
     SqliteRecordset(std::shared_ptr<Connection> connection, const dialect::Statement& statement,
@@ -52,7 +53,6 @@ private:
     };
     struct Row {
         qint64 rowid = 0;
-        std::vector<rt::Variant> values;
         bool deleted = false;
         bool appended = false;
     };
@@ -73,27 +73,37 @@ private:
     sqlite3* db() const;
     void checkOpen() const;
     void load();
+    void describe(sqlite3_stmt* statement, int first);
+    void settleType(Column& column, const rt::Variant& value);
     int itemType(int column, int columns) const;  // by the select list; 0 when it doesn't say
+    bool keyed() const { return !table_.isEmpty(); }
     bool hasCurrent() const;
     const Row& currentRow() const;
+    const std::vector<rt::Variant>& currentValues() const;
+    // The row's values as the file holds them now; false when the row is no more.
+    bool fetch(qint64 rowid, std::vector<rt::Variant>& values) const;
     void visit(int index);
     void leaveEdit();
     std::optional<int> nextLive(int from, int step) const;
     void find(const QString& criteria, int from);
     void requireUpdatable() const;
-    std::vector<rt::Variant> readBaseRow(qint64 rowid) const;
     std::vector<rt::Variant> newRowDefaults();
     qint64 reserveCounter(const Column& counter);
     void insertBuffer();
     void updateBuffer();
 
-    std::shared_ptr<Connection> connection_;
-    QString sql_;     // the embedded engine's text, with the rowid first where updatable
-    QString source_;  // as the caller wrote it
-    QString table_;   // empty when the rows can't be written
+    std::shared_ptr<Connection> connection_;  // first, so that it outlives the statement below
+    QString sql_;       // the embedded engine's text, with the rowid first where updatable
+    QString source_;    // as the caller wrote it
+    QString table_;     // empty when the rows can't be written
+    QString fetchSql_;  // one row of table_ by its rowid, with the cursor's columns
     std::vector<int> itemTypes_;
     std::vector<Column> columns_;
     std::vector<Row> rows_;
+    std::vector<std::vector<rt::Variant>> readAtOpen_;  // the values, for rows without a table
+    mutable std::unique_ptr<Prepared> fetchStatement_;
+    mutable std::vector<rt::Variant> current_;  // the values of row currentRead_, once read
+    mutable int currentRead_ = -1;
     int position_ = -1;
     bool bof_ = true;
     bool eof_ = true;

@@ -12,9 +12,52 @@
 
 namespace engine {
 
+namespace {
+// Enough for the texts a screen repeats; texts with literal values in them mostly pass once.
+constexpr size_t kIdleStatements = 64;
+}  // namespace
+
 Connection::~Connection() {
+    close();
+}
+
+void Connection::close() {
+    for (const Idle& idle : idle_) {
+        sqlite3_finalize(idle.statement);
+    }
+    idle_.clear();
     if (db) {
         sqlite3_close_v2(db);
+        db = nullptr;
+    }
+}
+
+sqlite3_stmt* Connection::takeStatement(const QByteArray& sql) {
+    for (auto it = idle_.rbegin(); it != idle_.rend(); ++it) {
+        if (it->sql == sql) {
+            sqlite3_stmt* statement = it->statement;
+            idle_.erase(std::next(it).base());
+            return statement;
+        }
+    }
+    return nullptr;
+}
+
+void Connection::giveBackStatement(QByteArray sql, sqlite3_stmt* statement) {
+    if (!statement) {
+        return;
+    }
+    if (!db) {
+        // Closed while the statement was out: the handle lingers until it is finalized.
+        sqlite3_finalize(statement);
+        return;
+    }
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    idle_.push_back({std::move(sql), statement});
+    if (idle_.size() > kIdleStatements) {
+        sqlite3_finalize(idle_.front().statement);
+        idle_.erase(idle_.begin());
     }
 }
 
@@ -125,11 +168,30 @@ rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql, FailureContex
 
 Prepared::Prepared(sqlite3* db, const QString& sql, const QString& original, FailureContext context)
     : db_(db), original_(original.isEmpty() ? sql : original), context_(context) {
-    const QByteArray text = sql.toUtf8();
+    key_ = sql.toUtf8();
+    prepare(0);
+    key_.clear();
+}
+
+Prepared::Prepared(Connection& connection, const QString& sql, const QString& original,
+                   FailureContext context)
+    : db_(connection.handle()),
+      original_(original.isEmpty() ? sql : original),
+      context_(context),
+      key_(sql.toUtf8()) {
+    statement_ = connection.takeStatement(key_);
+    if (!statement_) {
+        prepare(SQLITE_PREPARE_PERSISTENT);
+    }
+    cache_ = &connection;
+}
+
+void Prepared::prepare(unsigned flags) {
     const char* tail = nullptr;
-    const int code = sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement_, &tail);
+    const int code =
+        sqlite3_prepare_v3(db_, key_.constData(), int(key_.size()), flags, &statement_, &tail);
     if (code != SQLITE_OK) {
-        throw sqliteFailure(db, code, original_, context_);
+        throw sqliteFailure(db_, code, original_, context_);
     }
     if (tail && QByteArray(tail).trimmed().size() > 0) {
         sqlite3_finalize(statement_);
@@ -142,7 +204,11 @@ Prepared::Prepared(sqlite3* db, const QString& sql, const QString& original, Fai
 }
 
 Prepared::~Prepared() {
-    sqlite3_finalize(statement_);
+    if (cache_) {
+        cache_->giveBackStatement(std::move(key_), statement_);
+    } else {
+        sqlite3_finalize(statement_);
+    }
 }
 
 void Prepared::bind(int index, const rt::Variant& value) {
@@ -202,6 +268,12 @@ int Prepared::columnCount() const {
 
 void run(sqlite3* db, const QString& sql, const QString& original) {
     Prepared statement(db, sql, original);
+    while (statement.step()) {
+    }
+}
+
+void run(Connection& connection, const QString& sql, const QString& original) {
+    Prepared statement(connection, sql, original);
     while (statement.step()) {
     }
 }
@@ -304,25 +376,26 @@ rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
         return QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)),
                           sqlite3_column_bytes(statement, column));
     };
-    const qint64 integer = sqlite3_column_int64(statement, column);
-    const double real = sqlite3_column_double(statement, column);
+    // Read only in the form asked for: a text read as a number is parsed each time.
+    auto integer = [&] { return sqlite3_column_int64(statement, column); };
+    auto real = [&] { return sqlite3_column_double(statement, column); };
     switch (type) {
         case dbBoolean:
-            return rt::Variant(integer != 0);
+            return rt::Variant(integer() != 0);
         case dbByte:
         case dbInteger:
-            return rt::Variant(static_cast<qint16>(integer));
+            return rt::Variant(static_cast<qint16>(integer()));
         case dbLong:
-            return rt::Variant(static_cast<int>(integer));
+            return rt::Variant(static_cast<int>(integer()));
         case dbBigInt:
-            return rt::Variant(integer);
+            return rt::Variant(integer());
         case dbCurrency:
-            return rt::Variant::currency(std::llround(real * 10000.0));
+            return rt::Variant::currency(std::llround(real() * 10000.0));
         case dbSingle:
-            return rt::Variant(static_cast<float>(real));
+            return rt::Variant(static_cast<float>(real()));
         case dbDouble:
         case dbDecimal:
-            return rt::Variant(real);
+            return rt::Variant(real());
         case dbDate:
             if (stored == SQLITE_TEXT) {
                 if (auto serial = rt::parseDateText(text())) {
@@ -330,7 +403,7 @@ rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
                 }
                 return rt::Variant(text());
             }
-            return rt::Variant::date(real);
+            return rt::Variant::date(real());
         case dbText:
         case dbMemo:
         case dbGUID:
@@ -343,9 +416,9 @@ rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
     }
     switch (stored) {
         case SQLITE_INTEGER:
-            return rt::Variant(integer);
+            return rt::Variant(integer());
         case SQLITE_FLOAT:
-            return rt::Variant(real);
+            return rt::Variant(real());
         case SQLITE_BLOB:
             return rt::Variant(blob());
         default:

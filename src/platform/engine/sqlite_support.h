@@ -20,6 +20,15 @@ struct Connection {
     int transactionDepth = 0;
     ~Connection();
     sqlite3* handle() const;  // raises 3420 once closed
+    // Finalizes the statements kept for reuse and closes the handle; statements still held by
+    // cursors are finalized when they are given back.
+    void close();
+
+    // Statements kept prepared for the next use of the same text. One in use is out of the cache,
+    // so that two users of the same text never share a statement; nullptr when none is idle.
+    sqlite3_stmt* takeStatement(const QByteArray& sql);
+    // Reset and unbound, it waits for the next use (the least recently used go past a limit).
+    void giveBackStatement(QByteArray sql, sqlite3_stmt* statement);
 
     // A cursor's rows cached before its first change inside an open transaction level: when the
     // level is undone, the cursor is put back as it stood, so that it shows what the file holds
@@ -38,6 +47,11 @@ private:
         std::function<void()> restore;
     };
     std::vector<CursorState> cursorStates_;
+    struct Idle {
+        QByteArray sql;
+        sqlite3_stmt* statement;
+    };
+    std::vector<Idle> idle_;  // the most recently given back last
 };
 
 // What a failed call means to the caller, to word the failure.
@@ -52,6 +66,9 @@ public:
     // text holds more than one statement.
     Prepared(sqlite3* db, const QString& sql, const QString& original = QString(),
              FailureContext context = FailureContext::Statement);
+    // The same, taken from the connection's statements kept for reuse and given back when done.
+    Prepared(Connection& connection, const QString& sql, const QString& original = QString(),
+             FailureContext context = FailureContext::Statement);
     ~Prepared();
     Prepared(const Prepared&) = delete;
     Prepared& operator=(const Prepared&) = delete;
@@ -63,14 +80,19 @@ public:
     sqlite3_stmt* get() const { return statement_; }
 
 private:
+    void prepare(unsigned flags);
+
     sqlite3* db_;
     sqlite3_stmt* statement_ = nullptr;
     QString original_;
     FailureContext context_;
+    Connection* cache_ = nullptr;
+    QByteArray key_;
 };
 
 // Runs one statement that returns nothing.
 void run(sqlite3* db, const QString& sql, const QString& original = QString());
+void run(Connection& connection, const QString& sql, const QString& original = QString());
 
 // Undoes the transaction SQLite has open, if any; for failure paths, which report their own
 // failure rather than this one's.

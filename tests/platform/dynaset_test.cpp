@@ -1,0 +1,87 @@
+// A dynaset's rows read as they stand when the cursor comes to them, while other programs write.
+
+#include "platform/convert.h"
+#include "platform/engine/engine.h"
+#include "platform/engine/errors.h"
+
+#include <QTemporaryDir>
+
+#include "fixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing_support::errorOf;
+
+class DynasetTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // Short, so that a read lock a cursor forgot to let go of fails the other's write.
+        engine::setLockWait(300);
+        path = dir.filePath("dynaset.mdb");
+        db = engine::createDatabase(path);
+        db->execute("CREATE TABLE emp (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT, age INT)");
+        db->execute(
+            "INSERT INTO emp (name, age) VALUES ('a', 1), ('b', 2), ('c', 3), ('d', 4), ('e', 5)");
+    }
+    void TearDown() override { engine::setLockWait(3000); }
+
+    QTemporaryDir dir;
+    QString path;
+    std::unique_ptr<engine::Database> db;
+};
+
+TEST_F(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
+    auto rs = db->openRecordset("SELECT id, name FROM emp WHERE age < 50 ORDER BY id");
+    rs->moveNext();
+    rs->moveNext();  // rows 0 to 2 visited
+    auto other = engine::openDatabase(path);
+    const struct {
+        const char* change;
+        int row;
+        const char* name;
+        int number;
+    } cases[] = {
+        {"UPDATE emp SET name = 'b2' WHERE id = 2", 1, "b2", 0},
+        {"UPDATE emp SET name = 'e2' WHERE id = 5", 4, "e2", 0},
+        {"UPDATE emp SET name = 'a2', age = 99 WHERE id = 1", 0, "a2", 0},  // out of the WHERE
+        {"DELETE FROM emp WHERE id = 4", 3, "", engine::RecordDeleted},
+        {"DELETE FROM emp WHERE id = 3", 2, "", engine::RecordDeleted},
+        {"UPDATE emp SET name = 'e3' WHERE id = 5", 4, "e3", 0},  // moved over deleted rows
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.change);
+        rs->moveFirst();
+        rt::CStr(rs->field("name").value());  // the current row read before the change
+        other->execute(c.change);
+        rs->moveFirst();
+        rs->move(c.row);
+        QString name;
+        EXPECT_EQ(errorOf([&] { name = rt::CStr(rs->field("name").value()); }), c.number);
+        EXPECT_EQ(name, c.number ? "" : c.name);
+    }
+    rs->findFirst("name = 'E3'");
+    EXPECT_FALSE(rs->noMatch());
+    EXPECT_EQ(rs->absolutePosition(), 4);
+}
+
+TEST_F(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
+    const QString sql = "SELECT * FROM emp ORDER BY id";
+    auto first = db->openRecordset(sql);
+    auto second = db->openRecordset(sql);
+    second->moveLast();
+    for (int i = 0; i < 3; ++i) {
+        first->moveNext();
+        second->movePrevious();
+    }
+    EXPECT_EQ(rt::CStr(first->field("name").value()), "d");
+    EXPECT_EQ(rt::CStr(second->field("name").value()), "b");
+    first.reset();
+    db->execute("ALTER TABLE emp ADD COLUMN grade INT");
+    EXPECT_EQ(db->openRecordset(sql)->fieldCount(), 4);
+    db->close();
+    EXPECT_EQ(errorOf([&] { second->moveFirst(); }), engine::ObjectInvalid);
+}
+
+}  // namespace
