@@ -141,8 +141,23 @@ void RecSet::locRecordset(std::unique_ptr<engine::Recordset> recordset) {
 }
 
 rt::Variant RecSet::readColumn(const rt::Variant& index) const {
-    const engine::Field f = field(index);
-    const rt::Variant value = f.value();
+    return nullFree(field(index));
+}
+
+int RecSet::ColumnIndex(const QString& name) const {
+    const int index = rs().fieldIndex(name);
+    if (index < 0) {
+        throw engine::error(engine::ItemNotFound);
+    }
+    return index;
+}
+
+rt::Variant RecSet::ColsAt(int index) const {
+    return nullFree(rs().field(index));
+}
+
+rt::Variant RecSet::nullFree(const engine::Field& f) {
+    rt::Variant value = f.value();
     if (!value.isNull()) {
         return value;
     }

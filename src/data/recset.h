@@ -72,6 +72,11 @@ public:
     // A column's value; a null comes back as "" for text, 0 for numbers, False for booleans,
     // and stays null for dates, binary and other types.
     ColumnRef Cols(const rt::Variant& index) { return ColumnRef(*this, index); }
+    // Cols for a loop over many rows: the column's position is looked up once with
+    // ColumnIndex (3265 for a name the cursor doesn't have) and read with ColsAt, under the
+    // same null-free rule.
+    int ColumnIndex(const QString& name) const;
+    rt::Variant ColsAt(int index) const;
     // The value as it stands, Null included; Empty on any failure.
     rt::Variant ColsNoErr(const rt::Variant& index) const;
     rt::Variant ColsWithNull(const rt::Variant& index) const;
@@ -94,6 +99,7 @@ public:
 private:
     friend class ColumnRef;
     rt::Variant readColumn(const rt::Variant& index) const;
+    static rt::Variant nullFree(const engine::Field& f);
     void writeColumn(const rt::Variant& index, const rt::Variant& value);
     engine::Recordset& rs() const;
     engine::Field field(const rt::Variant& index) const;

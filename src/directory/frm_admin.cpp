@@ -31,6 +31,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSet>
 #include <QTabWidget>
 
 namespace {
@@ -38,6 +39,66 @@ namespace {
 QRect twipsRect(int left, int top, int width, int height) {
     return QRect(twipsToPixels(left), twipsToPixels(top), twipsToPixels(width),
                  twipsToPixels(height));
+}
+
+// Where the columns that a list row shows stand in a cursor on users, found once for a whole
+// fill rather than by name for every cell; -1 for those the kind of entry doesn't show.
+struct EntryColumns {
+    EntryColumns(const RecSet& rs, qint16 type)
+        : name(rs.ColumnIndex(QStringLiteral("Name"))), id(rs.ColumnIndex(QStringLiteral("id"))) {
+        if (type == 0) {
+            logon = rs.ColumnIndex(QStringLiteral("Logon"));
+            accLevel = rs.ColumnIndex(QStringLiteral("accLevel"));
+            fslevel = rs.ColumnIndex(QStringLiteral("fslevel"));
+        } else if (type != 2) {
+            num = rs.ColumnIndex(QStringLiteral("num"));
+        }
+    }
+    int name;
+    int id;
+    int logon = -1;
+    int accLevel = -1;
+    int fslevel = -1;
+    int num = -1;
+};
+
+// The list row of the record the cursor stands on, made whole before it goes into the list.
+QTreeWidgetItem* entryRow(qint16 type, const RecSet& rs, const EntryColumns& columns,
+                          const QString& loggedIn) {
+    static const char* const editions[] = {"ASD", "AGD", "AGP", "CSD"};
+    const rt::Variant id = rs.ColsAt(columns.id);
+    QStringList cells{rt::CStr(rs.ColsAt(columns.name))};
+    if (type == 0) {
+        cells << rt::CStr(rs.ColsAt(columns.logon))
+              << gLevelNames(rt::CInt(rs.ColsAt(columns.accLevel)) - 1) << rt::CStr(id) << loggedIn;
+        const qint16 edition = rt::CInt(rs.ColsAt(columns.fslevel));
+        if (edition >= 0 && edition <= 3) {
+            cells << QString::fromLatin1(editions[edition]);
+        }
+    } else if (type == 2) {
+        cells << rt::CStr(id);
+    } else {
+        cells << rt::CStr(rs.ColsAt(columns.num)) << rt::CStr(id);
+    }
+    return ReportList::newRow(cells, rt::CLng(id));
+}
+
+// The employees with at least one rts row, all found by one query. The table alone tells: a
+// row left behind by a run that ended reads as logged in, and the comparison is the database's
+// own, as if each employee's id were looked up in rts.
+QSet<qint32> employeesWithSessions() {
+    QSet<qint32> ids;
+    auto sessions = gDBase.OpenRecordset(
+        QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
+    if (sessions->RecordCount() > 0) {
+        sessions->MoveFirst();
+        while (!sessions->Eof()) {
+            ids.insert(rt::CLng(sessions->ColsAt(0)));
+            sessions->MoveNext();
+        }
+    }
+    sessions->CloseRS();
+    return ids;
 }
 
 }  // namespace
@@ -309,43 +370,30 @@ void frmAdmin::LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs) {
     if (rs->RecordCount() > 0) {
         rs->MoveLast();
         rs->MoveFirst();
-        while (!rs->Eof()) {
-            QString loggedIn;
-            if (nType == 0) {
-                // The table alone tells: a row left by a run that ended reads as logged in.
-                auto sessions = gDBase.OpenRecordset("SELECT id from rts where uid = " +
-                                                     rt::CStr(rs->Cols("id")));
-                loggedIn =
-                    sessions->RecordCount() > 0 ? QStringLiteral("Yes") : QStringLiteral("No");
-                sessions->CloseRS();
+        const EntryColumns columns(*rs, nType);
+        const QSet<qint32> sessions = nType == 0 ? employeesWithSessions() : QSet<qint32>();
+        QList<QTreeWidgetItem*> rows;
+        rows.reserve(rs->RecordCount());
+        try {
+            while (!rs->Eof()) {
+                QString loggedIn;
+                if (nType == 0) {
+                    loggedIn = sessions.contains(rt::CLng(rs->ColsAt(columns.id)))
+                                   ? QStringLiteral("Yes")
+                                   : QStringLiteral("No");
+                }
+                rows << entryRow(nType, *rs, columns, loggedIn);
+                rs->MoveNext();
             }
-            addEntryRow(list, nType, *rs, loggedIn);
-            rs->MoveNext();
+        } catch (...) {
+            qDeleteAll(rows);
+            throw;
         }
+        list->addRows(rows);
     }
     // The commands need a selected row whenever the list has rows.
     list->finishFill();
     ShowIdle();
-}
-
-void frmAdmin::addEntryRow(ReportList* list, qint16 type, RecSet& rs, const QString& loggedIn) {
-    const int row = list->addRow(rt::CStr(rs.Cols("Name")), rt::CLng(rs.Cols("id")));
-    if (type == 0) {
-        static const char* const editions[] = {"ASD", "AGD", "AGP", "CSD"};
-        list->addCell(row, rt::CStr(rs.Cols("Logon")));
-        list->addCell(row, gLevelNames(rt::CInt(rs.Cols("accLevel")) - 1));
-        list->addCell(row, rt::CStr(rs.Cols("id")));
-        list->addCell(row, loggedIn);
-        const qint16 edition = rt::CInt(rs.Cols("fslevel"));
-        if (edition >= 0 && edition <= 3) {
-            list->addCell(row, QString::fromLatin1(editions[edition]));
-        }
-    } else if (type == 2) {
-        list->addCell(row, rt::CStr(rs.Cols("id")));
-    } else {
-        list->addCell(row, rt::CStr(rs.Cols("num")));
-        list->addCell(row, rt::CStr(rs.Cols("id")));
-    }
 }
 
 qint32 frmAdmin::selectedId(ReportList* list) const {
@@ -380,7 +428,8 @@ void frmAdmin::cmdNew_Click() {
         return;
     }
     // The new row goes at the end, not into name order, until the list is filled again.
-    addEntryRow(directory.list, directory.type, rs, QStringLiteral("No"));
+    directory.list->addRows(
+        {entryRow(directory.type, rs, EntryColumns(rs, directory.type), QStringLiteral("No"))});
     directory.list->selectRow(directory.list->rowCount() - 1);
     setEntryCommandsEnabled(true);
 }

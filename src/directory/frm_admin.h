@@ -131,8 +131,6 @@ private:
     // The directory of that tab, or of that users.type; nothing for the other two tabs.
     std::optional<Directory> directoryOfTab(int tab);
     Directory directoryOfType(qint16 type);
-    // Adds the list row of the record the cursor stands on.
-    void addEntryRow(ReportList* list, qint16 type, RecSet& rs, const QString& loggedIn);
     // The id in the tag of the list's selected row.
     qint32 selectedId(ReportList* list) const;
     // Finds the record of the list's selected row on its cursor; gives its id.

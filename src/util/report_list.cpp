@@ -49,11 +49,25 @@ void ReportList::setColumns(const std::vector<std::pair<QString, int>>& columns)
 }
 
 int ReportList::addRow(const QString& text, const QVariant& tag) {
-    auto* row = new TextRow(QStringList{text});
-    row->setData(0, Qt::UserRole, tag);
-    row->setData(0, Qt::UserRole + 1, 1);  // the cells it has
-    addTopLevelItem(row);
+    addTopLevelItem(newRow(QStringList{text}, tag));
     return rowCount() - 1;
+}
+
+QTreeWidgetItem* ReportList::newRow(const QStringList& cells, const QVariant& tag) {
+    auto* row = new TextRow(cells);
+    row->setData(0, Qt::UserRole, tag);
+    row->setData(0, Qt::UserRole + 1, int(cells.size()));  // the cells it has
+    return row;
+}
+
+void ReportList::addRows(const QList<QTreeWidgetItem*>& rows) {
+    if (rows.isEmpty()) {
+        return;
+    }
+    const bool updating = updatesEnabled();
+    setUpdatesEnabled(false);
+    addTopLevelItems(rows);
+    setUpdatesEnabled(updating);
 }
 
 void ReportList::addCell(int row, const QString& text) {

@@ -18,6 +18,12 @@ public:
 
     // Adds a row at the end with its text and tag; gives its index.
     int addRow(const QString& text, const QVariant& tag);
+    // A row made whole, outside any list: its text and then its cells in column order, and its
+    // tag. Long fills make their rows so and add them with addRows, which spares the view a
+    // notice per cell and per row.
+    static QTreeWidgetItem* newRow(const QStringList& cells, const QVariant& tag);
+    // Adds the rows at the end in their order; the list owns them from then on.
+    void addRows(const QList<QTreeWidgetItem*>& rows);
     // Appends a cell to the row, behind the ones it has.
     void addCell(int row, const QString& text);
     int cellCount(int row) const;

@@ -1,0 +1,124 @@
+// The directory lists against the fill told plainly, row by row with a query on rts for each
+// employee, and the employee list reloaded more often than a run's 16-bit count of opened
+// cursors would allow at one cursor per employee.
+
+#include "access/right_catalogue.h"
+#include "console_fixture.h"
+#include "data/dbase.h"
+#include "data/session.h"
+
+#include <algorithm>
+
+namespace {
+
+class ListFillTest : public ConsoleFixture {
+protected:
+    // Each row as "tag:cell|cell|...", from the list.
+    static QStringList shown(ReportList* list) {
+        QStringList result;
+        for (int r = 0; r < list->rowCount(); ++r) {
+            QStringList cells;
+            for (int c = 0; c < list->cellCount(r); ++c) {
+                cells << list->cell(r, c);
+            }
+            result << list->tag(r).toString() + ':' + cells.join('|');
+        }
+        return result;
+    }
+    // The same, worked out one record at a time and one rts query per employee.
+    static QStringList expected(qint16 type) {
+        static const char* const editions[] = {"ASD", "AGD", "AGP", "CSD"};
+        QStringList result;
+        auto rs = gDBase.OpenRecordset("SELECT * FROM users WHERE type = " + QString::number(type) +
+                                       " ORDER BY NAME");
+        if (rs->RecordCount() > 0) {
+            rs->MoveLast();
+            rs->MoveFirst();
+        }
+        while (!rs->Eof()) {
+            const QString id = rt::CStr(rs->Cols("id"));
+            QStringList cells{rt::CStr(rs->Cols("Name"))};
+            if (type == 0) {
+                auto sessions = gDBase.OpenRecordset("SELECT id from rts where uid = " + id);
+                cells << rt::CStr(rs->Cols("Logon"))
+                      << gLevelNames(rt::CInt(rs->Cols("accLevel")) - 1) << id
+                      << (sessions->RecordCount() > 0 ? "Yes" : "No");
+                const qint16 edition = rt::CInt(rs->Cols("fslevel"));
+                if (edition >= 0 && edition <= 3) {
+                    cells << editions[edition];
+                }
+            } else if (type == 2) {
+                cells << id;
+            } else {
+                cells << rt::CStr(rs->Cols("num")) << id;
+            }
+            result << id + ':' + cells.join('|');
+            rs->MoveNext();
+        }
+        return result;
+    }
+};
+
+TEST_F(ListFillTest, EveryListShowsWhatTheRowByRowFillGives) {
+    // Carmen has no rts row, Derek one, Brian two; rows of nobody and of a workgroup count for
+    // no employee.
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 2, 0)");
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 2, 1)");
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 6, 0)");
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), NULL, 0)");
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 999, 0)");
+    run("UPDATE users SET fslevel = 7 WHERE id = 5");
+    run("UPDATE users SET fslevel = NULL, Logon = NULL WHERE id = 3");
+    run("UPDATE users SET num = NULL WHERE id = 7");
+    run("INSERT INTO users (Name, Logon, Password, accLevel, fslevel, Type, num) "
+        "VALUES ('aaron lower', 'alow', 'x', 4, 3, 0, 0)");
+    run("INSERT INTO users (Name, Logon, Password, accLevel, fslevel, Type, num) "
+        "VALUES ('Annex', 'zq', 'zq', 1, 0, 2, NULL)");
+    logOn();
+    ASSERT_EQ(count("rts", "uid = 2"), 2);
+
+    for (int tab :
+         {frmAdmin::Employees, frmAdmin::Workgroups, frmAdmin::Equipment, frmAdmin::Branches}) {
+        ReportList* list = showTab(tab);
+        const qint16 type = tab == frmAdmin::Branches ? 3 : qint16(tab);
+        SCOPED_TRACE(list->objectName().toStdString());
+        const QStringList want = expected(type);
+        ASSERT_FALSE(want.isEmpty());
+        EXPECT_EQ(shown(list), want);
+        EXPECT_EQ(list->selectedRow(), 0);
+
+        // A list sorted by a click stays sorted so through the next fill.
+        console.lstColumnClick(list, 1);
+        std::unique_ptr<RecSet>& cursor = tab == frmAdmin::Employees    ? console.rsEmployees
+                                          : tab == frmAdmin::Workgroups ? console.rsWorkgroups
+                                          : tab == frmAdmin::Equipment  ? console.rsEquipment
+                                                                        : console.rsBranches;
+        const QStringList sorted = shown(list);
+        console.LoadUserlist(type, cursor);
+        EXPECT_EQ(shown(list), sorted);
+        EXPECT_EQ(list->selectedRow(), 0);
+        EXPECT_TRUE(cursor->FindFirst("id = " + list->tag(0).toString()));
+    }
+}
+
+// At one cursor per employee, 40 employees overflow the count within 800 reloads.
+TEST_F(ListFillTest, TheEmployeeListReloadsAThousandTimesInOneRun) {
+    for (int i = 0; i < 35; ++i) {
+        run(QStringLiteral("INSERT INTO users (Name, Logon, Password, accLevel, fslevel, Type) "
+                           "VALUES ('Extra %1', 'x%1', 'x', 1, 0, 0)")
+                .arg(i));
+    }
+    logOn();
+    ui.messages.clear();
+    ResetSessionCheck();
+    const QStringList first = shown(console.lstEmployees);
+    ASSERT_EQ(first.size(), 40);
+    for (int i = 0; i < 1000; ++i) {
+        console.LoadUserlist(0, console.rsEmployees);
+    }
+    EXPECT_EQ(shown(console.lstEmployees), first);
+    EXPECT_TRUE(ui.messages.empty());
+    ResetSessionCheck();
+}
+
+}  // namespace
