@@ -45,6 +45,11 @@ bool DBase::DBInit(const QString& localDBS) {
     }
 }
 
+void DBase::ReadTogether(const std::function<void()>& reads) {
+    engine::ReadScope scope(db());
+    reads();
+}
+
 bool DBase::RunAsOneUnit(const std::function<void()>& command) {
     try {
         engine::Transaction unit(db());

@@ -25,6 +25,9 @@ public:
     // Runs a command that writes more than one statement as one unit: a failure undoes all it
     // wrote, shows the engine's message and gives False, and the administrator may try again.
     bool RunAsOneUnit(const std::function<void()>& command);
+    // Runs the reads of many rows under one read lock, so that they come from one moment and
+    // the lock isn't taken and dropped for every row. Nothing may be written meanwhile.
+    void ReadTogether(const std::function<void()>& reads);
 
     std::unique_ptr<engine::Database> theDb;
     // Shows the first run's progress in the caption of the logon window, which stands above

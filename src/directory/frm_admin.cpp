@@ -375,16 +375,18 @@ void frmAdmin::LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs) {
         QList<QTreeWidgetItem*> rows;
         rows.reserve(rs->RecordCount());
         try {
-            while (!rs->Eof()) {
-                QString loggedIn;
-                if (nType == 0) {
-                    loggedIn = sessions.contains(rt::CLng(rs->ColsAt(columns.id)))
-                                   ? QStringLiteral("Yes")
-                                   : QStringLiteral("No");
+            gDBase.ReadTogether([&] {
+                while (!rs->Eof()) {
+                    QString loggedIn;
+                    if (nType == 0) {
+                        loggedIn = sessions.contains(rt::CLng(rs->ColsAt(columns.id)))
+                                       ? QStringLiteral("Yes")
+                                       : QStringLiteral("No");
+                    }
+                    rows << entryRow(nType, *rs, columns, loggedIn);
+                    rs->MoveNext();
                 }
-                rows << entryRow(nType, *rs, columns, loggedIn);
-                rs->MoveNext();
-            }
+            });
         } catch (...) {
             qDeleteAll(rows);
             throw;

@@ -180,17 +180,19 @@ void frmEmployee::fillChecklist(QListWidget* list, qint16 type) {
             const qint32 count = result->RecordCount();  // complete now that the last row was seen
             const int name = result->ColumnIndex(QStringLiteral("Name"));
             const int entry = result->ColumnIndex(QStringLiteral("id"));
-            for (qint32 i = 0; i < count; ++i) {
-                // Made whole before it joins the list, which then hears of it once.
-                auto* item = new QListWidgetItem(rt::CStr(result->ColsAt(name)));
-                item->setData(Qt::UserRole, rt::CLng(result->ColsAt(entry)));
-                item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-                item->setCheckState(part == 0 ? Qt::Checked : Qt::Unchecked);
-                list->addItem(item);
-                if (i + 1 < count) {
-                    result->MoveNext();
+            gDBase.ReadTogether([&] {
+                for (qint32 i = 0; i < count; ++i) {
+                    // Made whole before it joins the list, which then hears of it once.
+                    auto* item = new QListWidgetItem(rt::CStr(result->ColsAt(name)));
+                    item->setData(Qt::UserRole, rt::CLng(result->ColsAt(entry)));
+                    item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+                    item->setCheckState(part == 0 ? Qt::Checked : Qt::Unchecked);
+                    list->addItem(item);
+                    if (i + 1 < count) {
+                        result->MoveNext();
+                    }
                 }
-            }
+            });
         }
         result->CloseRS();
     }

@@ -74,19 +74,25 @@ void fillReachableEntries(qint32 userId) {
     if (list->RecordCount() > 0) {
         list->MoveLast();
         list->MoveFirst();
-        while (!list->Eof()) {
-            gUserCount = rt::CInt(gUserCount + 1);
-            gUsers.redimPreserve(gUserCount);
-            UserEntry& entry = gUsers(gUserCount - 1);
-            entry.Name = rt::CStr(list->Cols("Name"));
-            entry.id = rt::CLng(list->Cols("id"));
-            entry.Type = rt::CInt(list->Cols("Type"));
-            if (entry.Type == 1) {
-                entry.bMember =
-                    accessAll ? memberships->FindFirst("id = " + QString::number(entry.id)) : true;
+        const int name = list->ColumnIndex(QStringLiteral("Name"));
+        const int id = list->ColumnIndex(QStringLiteral("id"));
+        const int type = list->ColumnIndex(QStringLiteral("Type"));
+        gDBase.ReadTogether([&] {
+            while (!list->Eof()) {
+                gUserCount = rt::CInt(gUserCount + 1);
+                gUsers.redimPreserve(gUserCount);
+                UserEntry& entry = gUsers(gUserCount - 1);
+                entry.Name = rt::CStr(list->ColsAt(name));
+                entry.id = rt::CLng(list->ColsAt(id));
+                entry.Type = rt::CInt(list->ColsAt(type));
+                if (entry.Type == 1) {
+                    entry.bMember =
+                        accessAll ? memberships->FindFirst("id = " + QString::number(entry.id))
+                                  : true;
+                }
+                list->MoveNext();
             }
-            list->MoveNext();
-        }
+        });
     }
     list->CloseRS();
 }

@@ -85,3 +85,37 @@ TEST_F(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwards) {
+    auto rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+    auto other = engine::openDatabase(path);
+    {
+        engine::ReadScope together(*db);
+        EXPECT_EQ(rt::CStr(rs->field("name").value()), "a");
+        EXPECT_EQ(errorOf([&] { other->execute("UPDATE emp SET name = 'b2' WHERE id = 2"); }),
+                  engine::Locked);
+        rs->moveNext();
+        EXPECT_EQ(rt::CStr(rs->field("name").value()), "b");
+    }
+    other->execute("UPDATE emp SET name = 'b2' WHERE id = 2");
+    rs->moveFirst();
+    rs->moveNext();
+    EXPECT_EQ(rt::CStr(rs->field("name").value()), "b2");
+
+    // Inside a unit the reads are the unit's, which the scope leaves alone.
+    engine::Transaction unit(*db);
+    db->execute("UPDATE emp SET name = 'b3' WHERE id = 2");
+    {
+        engine::ReadScope together(*db);
+        rs->moveFirst();
+        rs->moveNext();
+        EXPECT_EQ(rt::CStr(rs->field("name").value()), "b3");
+    }
+    unit.commit();
+    EXPECT_EQ(testing_support::rowsOf(*other, "SELECT name FROM emp WHERE id = 2"),
+              QStringList({"b3"}));
+}
+
+}  // namespace

@@ -115,6 +115,11 @@ public:
     virtual rt::Variant property(const QString& name) const = 0;
     virtual void setProperty(const QString& name, const rt::Variant& value) = 0;
 
+    // Holds one read lock for a run of reads until endRead, where no transaction is open;
+    // false when one is, and the reads then belong to it.
+    virtual bool beginRead() = 0;
+    virtual void endRead() = 0;
+
     // Makes the statements up to commitTrans one unit; transactions nest.
     virtual void beginTrans() = 0;
     virtual void commitTrans() = 0;
@@ -132,6 +137,25 @@ std::unique_ptr<Database> createDatabase(const QString& path);
 // How long a write waits for another process's lock before it fails with 3218.
 void setLockWait(int milliseconds);
 int lockWait();
+
+// Reads many rows under one read lock: they all come from one moment, and the lock isn't taken
+// and dropped for each row. Another program's writes wait for the end of the scope, within the
+// lock wait; nothing may be written or begun as a transaction inside it.
+class ReadScope {
+public:
+    explicit ReadScope(Database& database) : database_(database), open_(database.beginRead()) {}
+    ~ReadScope() {
+        if (open_) {
+            database_.endRead();
+        }
+    }
+    ReadScope(const ReadScope&) = delete;
+    ReadScope& operator=(const ReadScope&) = delete;
+
+private:
+    Database& database_;
+    bool open_;
+};
 
 // Makes a command's statements one unit: what the scope did not commit is rolled back when it
 // ends, also when a failure leaves it.

@@ -401,6 +401,32 @@ int& SqliteDatabase::openLevels() {
     return connection_->transactionDepth;
 }
 
+bool SqliteDatabase::beginRead() {
+    sqlite3* db = connection_->handle();
+    if (openLevels() > 0 || !sqlite3_get_autocommit(db)) {
+        return false;
+    }
+    // A deferred transaction takes the shared lock at its first read and keeps it to the end;
+    // the read of the schema takes it at once, so the moment is the scope's start.
+    run(db, QStringLiteral("BEGIN"));
+    try {
+        run(db, QStringLiteral("SELECT count(*) FROM sqlite_master"));
+    } catch (const rt::Error&) {
+        abandonTransaction(db);
+        throw;
+    }
+    return true;
+}
+
+void SqliteDatabase::endRead() {
+    // Nothing was written, so there is nothing to lose: a commit that fails is rolled back. A
+    // database closed meanwhile ended the transaction with it.
+    sqlite3* db = connection_->db;
+    if (db && sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        abandonTransaction(db);
+    }
+}
+
 void SqliteDatabase::beginTrans() {
     sqlite3* db = connection_->handle();
     int& depth = openLevels();

@@ -23,6 +23,8 @@ public:
     void deleteTable(const QString& name) override;
     rt::Variant property(const QString& name) const override;
     void setProperty(const QString& name, const rt::Variant& value) override;
+    bool beginRead() override;
+    void endRead() override;
     void beginTrans() override;
     void commitTrans() override;
     void rollback() override;
