@@ -1,0 +1,163 @@
+// The employee deletion through the engine beside SQLite running the same statements, each time
+// on a fresh copy of the database.
+
+#include "bench_data.h"
+#include "bench_session.h"
+#include "benchmarks.h"
+#include "raw_sqlite.h"
+
+#include "data/dbase.h"
+#include "directory/employee_deletion.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <map>
+#include <optional>
+
+namespace bench {
+
+std::map<std::string, std::string>& deletionOutcomes();
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::optional<qint32> receiverFor(bool handOver) {
+    return handOver ? std::optional<qint32>(kReceivingEmployee) : std::nullopt;
+}
+
+// The statements DeleteEmployee runs, in its order, from the functions it builds them with.
+std::vector<std::string> deletionStatements(bool handOver) {
+    const QString id = QString::number(kDeletedEmployee);
+    QStringList statements = PersonalStatements(id);
+    statements += handOver ? HandOverStatements(id, QString::number(kReceivingEmployee))
+                           : AllDataStatements(id);
+    statements += ClosingStatements(id);
+    std::vector<std::string> result;
+    for (const QString& statement : statements) {
+        result.push_back(statement.toStdString());
+    }
+    return result;
+}
+
+QString freshCopy(int ownedRows) {
+    const QString copy = QDir(dataFolder()).filePath(QStringLiteral("deletion-work.mdb"));
+    QFile::remove(copy);
+    QFile::remove(copy + "-journal");
+    if (!QFile::copy(deletionDatabase(ownedRows), copy)) {
+        throw std::runtime_error("cannot copy the deletion database");
+    }
+    return copy;
+}
+
+// What the deletion left, to check that both sides did the same.
+std::string outcome(const QString& path) {
+    raw::Database db(path.toStdString());
+    std::string result;
+    for (const char* table :
+         {"users",    "extaccess", "udfs",     "reminder", "billcode", "options",  "auto",
+          "autostep", "budgets",   "busdev",   "reports",  "rptcntls", "modeling", "reflib",
+          "lists",    "listflds",  "listmmbr", "listudf",  "clients",  "clntudf",  "clntudf2",
+          "history",  "files",     "acctudf",  "projudf",  "RelDocs",  "RelPple",  "balance",
+          "trans",    "billsetup", "funds",    "charges",  "invoice",  "disburse"}) {
+        result += std::string(table) + "=" +
+                  std::to_string(db.count(std::string("SELECT count(*) FROM ") + table)) + " ";
+    }
+    for (const char* table : {"clients", "invoice", "charges", "lists", "reflib"}) {
+        result +=
+            std::string(table) + ".received=" +
+            std::to_string(db.count(std::string("SELECT count(*) FROM ") + table +
+                                    " WHERE userid = " + std::to_string(kReceivingEmployee))) +
+            " ";
+    }
+    return result;
+}
+
+std::string caseName(benchmark::State& state, bool handOver, const char* side) {
+    return std::string(handOver ? "deletion_handover" : "deletion_all") + "/" + side + "/" +
+           std::to_string(state.range(0));
+}
+
+void deleteThroughEngine(benchmark::State& state, bool handOver) {
+    const int ownedRows = int(state.range(0));
+    QString copy;
+    for (auto _ : state) {
+        copy = freshCopy(ownedRows);
+        gDBase.theDb = engine::openDatabase(copy);
+        ui().messages.clear();
+        const auto start = Clock::now();
+        const bool done = gDBase.RunAsOneUnit(
+            [handOver] { DeleteEmployee(kDeletedEmployee, receiverFor(handOver)); });
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        endSession();
+        if (!done) {
+            state.SkipWithError("the deletion failed");
+            return;
+        }
+    }
+    state.counters["owned_rows"] = double(ownedRowsOf(ownedRows));
+    deletionOutcomes()[caseName(state, handOver, "console")] = outcome(copy);
+    QFile::remove(copy);
+}
+
+void deleteRaw(benchmark::State& state, bool handOver) {
+    const int ownedRows = int(state.range(0));
+    const std::vector<std::string> statements = deletionStatements(handOver);
+    QString copy;
+    for (auto _ : state) {
+        copy = freshCopy(ownedRows);
+        raw::Database db(copy.toStdString());
+        const auto start = Clock::now();
+        try {
+            db.exec("BEGIN");
+            for (const std::string& statement : statements) {
+                db.exec(statement);
+            }
+            db.exec("COMMIT");
+        } catch (const std::exception& e) {
+            state.SkipWithError(e.what());
+            return;
+        }
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+    }
+    state.counters["owned_rows"] = double(ownedRowsOf(ownedRows));
+    state.counters["statements"] = double(statements.size());
+    deletionOutcomes()[caseName(state, handOver, "raw")] = outcome(copy);
+    QFile::remove(copy);
+}
+
+}  // namespace
+
+std::map<std::string, std::string>& deletionOutcomes() {
+    static std::map<std::string, std::string> outcomes;
+    return outcomes;
+}
+
+void registerDeletionBenchmarks(const Plan& plan) {
+    for (int size : plan.deletionSizes) {
+        const int iterations = size >= 1000000 ? 3 : 5;
+        for (bool handOver : {true, false}) {
+            const std::string name = handOver ? "deletion_handover" : "deletion_all";
+            benchmark::RegisterBenchmark(
+                (name + "/console").c_str(),
+                [handOver](benchmark::State& state) { deleteThroughEngine(state, handOver); })
+                ->Arg(size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseManualTime()
+                ->Iterations(iterations);
+            benchmark::RegisterBenchmark(
+                (name + "/raw").c_str(),
+                [handOver](benchmark::State& state) { deleteRaw(state, handOver); })
+                ->Arg(size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseManualTime()
+                ->Iterations(iterations);
+        }
+    }
+}
+
+}  // namespace bench
