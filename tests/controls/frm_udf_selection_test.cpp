@@ -9,130 +9,85 @@
 #include <QPushButton>
 
 #include <functional>
+#include <memory>
 
 namespace {
 
 class SelectionDialogTest : public testing_support::SeamTest {
 protected:
-    // Shows the dialog on the choices and does `action` while it shows; gives the ticked boxes.
-    QList<int> shown(frmUDFSelection& dialog, const QStringList& choices, const QString& selected,
-                     bool single, std::function<void(frmUDFSelection&)> action = {}) {
+    // Shows a new dialog on the choices while the user does `action`; gives the ticked boxes.
+    QList<int> show(const QStringList& choices, const QString& selected, bool single = false,
+                    const std::function<void(frmUDFSelection&)>& action = {}) {
+        dialog = std::make_unique<frmUDFSelection>();
+        if (action) {
+            ui.modalScripts.push_back([&](QWidget*) { action(*dialog); });
+        }
+        dialog->ShowForm(choices, qint16(choices.size()), selected, single);
         QList<int> ticked;
-        ui.modalScripts.push_back([&](QWidget*) {
-            for (int i = 0; i < frmUDFSelection::kBoxes; ++i) {
-                if (dialog.chkSelection[i]->isChecked()) {
-                    ticked << i;
-                }
+        for (int i = 0; i < frmUDFSelection::kBoxes; ++i) {
+            if (dialog->chkSelection[i]->isChecked()) {
+                ticked << i;
             }
-            if (action) {
-                action(dialog);
-            }
-        });
-        dialog.ShowForm(choices, qint16(choices.size()), selected, single);
+        }
         return ticked;
     }
+
+    std::unique_ptr<frmUDFSelection> dialog;
 };
 
-QStringList numbered(int count) {
-    QStringList choices;
-    for (int i = 0; i < count; ++i) {
-        choices << QString("Choice %1").arg(i);
-    }
-    return choices;
-}
-
 TEST_F(SelectionDialogTest, TheWindowShrinksByTheUnusedRows) {
-    const struct {
-        int choices;
-        int height;     // twips
-        int buttonTop;  // twips
-    } cases[] = {
-        {0, 540, 120},
-        {3, 1305, 870},
-        {24, 6660, 6120},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.choices);
-        frmUDFSelection dialog;
-        EXPECT_TRUE(dialog.Cancelled);
-        shown(dialog, numbered(c.choices), QString(), false);
-        EXPECT_EQ(dialog.height(), twipsToPixels(c.height));
-        EXPECT_EQ(dialog.width(), twipsToPixels(3555));
-        EXPECT_EQ(dialog.cmdOkay->geometry(), QRect(twipsToPixels(1007), twipsToPixels(c.buttonTop),
-                                                    twipsToPixels(700), twipsToPixels(375)));
-        EXPECT_EQ(dialog.cmdCancel->pos(), QPoint(twipsToPixels(1847), twipsToPixels(c.buttonTop)));
+    // The window's height and the buttons' top, in twips.
+    const std::tuple<int, int, int> cases[] = {{0, 540, 120}, {3, 1305, 870}, {24, 6660, 6120}};
+    for (const auto& [choices, height, buttonTop] : cases) {
+        EXPECT_EQ(show(QStringList(choices, "x"), QString()), QList<int>());
+        EXPECT_EQ(dialog->height(), twipsToPixels(height)) << choices;
+        EXPECT_EQ(dialog->cmdOkay->y(), twipsToPixels(buttonTop)) << choices;
+        EXPECT_EQ(dialog->cmdCancel->y(), twipsToPixels(buttonTop)) << choices;
         for (int i = 0; i < frmUDFSelection::kBoxes; ++i) {
-            const QCheckBox* box = dialog.chkSelection[i];
-            EXPECT_EQ(box->isHidden(), i >= c.choices);
-            EXPECT_EQ(box->text(), i < c.choices ? QString("Choice %1").arg(i) : "Unspecified");
-            EXPECT_EQ(box->geometry(), QRect(twipsToPixels(120), twipsToPixels(120 + 240 * i),
-                                             twipsToPixels(3255), twipsToPixels(255)));
+            EXPECT_EQ(dialog->chkSelection[i]->isHidden(), i >= choices) << i;
         }
-        EXPECT_EQ(dialog.GetSelections(), "");
-        EXPECT_EQ(ui.modalWindows.back(), "frmUDFSelection");
     }
-    frmUDFSelection dialog;
-    EXPECT_EQ(dialog.windowTitle(), "");
-    EXPECT_EQ(dialog.chkSelection.last()->nextInFocusChain(), dialog.cmdCancel);
-    EXPECT_EQ(dialog.cmdCancel->nextInFocusChain(), dialog.cmdOkay);
 }
 
 TEST_F(SelectionDialogTest, TheChoicesInTheFieldComeTicked) {
     const QStringList choices = {"Red", "Red Wine", "red", "a, b", ""};
-    const struct {
-        QString selected;
-        bool single;
-        QList<int> ticked;
-    } cases[] = {
+    const std::tuple<QString, bool, QList<int>> cases[] = {
         {"Red Wine", false, {1}},  // no match inside a longer choice, and case counts
         {"red, Red", false, {0, 2}},
         {"red, Red", true, {2}},  // several matches: the last one stays
         {"a, b", false, {3}},
-        {"a", false, {}},
         {"Blue", false, {}},
         {"", false, {4}},  // an empty list holds only an empty choice
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.selected.toStdString());
-        frmUDFSelection dialog;
-        EXPECT_EQ(shown(dialog, choices, c.selected, c.single), c.ticked);
+    for (const auto& [selected, single, ticked] : cases) {
+        EXPECT_EQ(show(choices, selected, single), ticked) << selected.toStdString();
     }
 }
 
-TEST_F(SelectionDialogTest, InSingleModeAClickUnticksTheOthers) {
-    frmUDFSelection dialog;
-    shown(dialog, numbered(3), "Choice 0", true, [](frmUDFSelection& d) {
-        d.chkSelection[1]->click();
-        EXPECT_FALSE(d.chkSelection[0]->isChecked());
-        d.chkSelection[1]->click();  // unticking its own box leaves none
-        d.cmdOkay->click();
-    });
-    EXPECT_FALSE(dialog.Cancelled);
-    EXPECT_EQ(dialog.GetSelections(), "");
-}
-
+// In single mode every click unticks the others, also one that unticks its own box.
 TEST_F(SelectionDialogTest, TheListFollowsTheBoxesAndOnlyOkayConfirmsIt) {
-    const struct {
-        std::function<void(frmUDFSelection&)> leave;
-        bool cancelled;
-    } cases[] = {
-        {[](frmUDFSelection& d) { d.cmdOkay->click(); }, false},
-        {[](frmUDFSelection& d) { d.cmdCancel->click(); }, true},
-        {[](frmUDFSelection& d) { d.close(); }, true},
+    const auto okay = [](frmUDFSelection& d) { d.cmdOkay->click(); };
+    // Single mode, what the user does, then whether it was cancelled and the list.
+    const std::tuple<bool, std::function<void(frmUDFSelection&)>, bool, QString> cases[] = {
+        {false, okay, false, "A, C"},
+        {false, [](frmUDFSelection& d) { d.cmdCancel->click(); }, true, "A, C"},
+        {false, [](frmUDFSelection& d) { d.close(); }, true, "A, C"},
+        {true,
+         [](frmUDFSelection& d) {
+             d.chkSelection[1]->click();
+             d.chkSelection[1]->click();
+             d.cmdOkay->click();
+         },
+         false, ""},
     };
-    for (const auto& c : cases) {
-        frmUDFSelection dialog;
-        shown(dialog, {"A", "B", "C"}, "C, A", false, c.leave);
-        EXPECT_EQ(dialog.Cancelled, c.cancelled);
-        EXPECT_TRUE(dialog.isHidden());
-        EXPECT_EQ(dialog.GetSelections(), "A, C");
+    for (const auto& [single, leave, cancelled, list] : cases) {
+        show({"A", "B", "C"}, "C, A", single, leave);
+        EXPECT_EQ(dialog->Cancelled, cancelled);
+        EXPECT_TRUE(dialog->isHidden());
+        EXPECT_EQ(dialog->GetSelections(), list);
     }
-}
-
-TEST_F(SelectionDialogTest, MoreThanTwentyFourChoicesFail) {
-    frmUDFSelection dialog;
-    EXPECT_EQ(testing_support::errorOf([&] { dialog.ShowForm(numbered(25), 25, "", false); }), 9);
-    EXPECT_TRUE(ui.modalWindows.empty());
+    EXPECT_EQ(testing_support::errorOf([&] { show(QStringList(25, "x"), ""); }), 9);
+    EXPECT_EQ(ui.modalWindows.size(), 4u);
 }
 
 }  // namespace
