@@ -92,10 +92,12 @@ QSet<qint32> employeesWithSessions() {
         QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
     if (sessions->RecordCount() > 0) {
         sessions->MoveFirst();
-        while (!sessions->Eof()) {
-            ids.insert(rt::CLng(sessions->ColsAt(0)));
-            sessions->MoveNext();
-        }
+        gDBase.ReadTogether([&] {
+            while (!sessions->Eof()) {
+                ids.insert(rt::CLng(sessions->ColsAt(0)));
+                sessions->MoveNext();
+            }
+        });
     }
     sessions->CloseRS();
     return ids;
