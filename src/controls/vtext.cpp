@@ -7,6 +7,7 @@
 #include "platform/convert.h"
 #include "platform/dates.h"
 #include "platform/formats.h"
+#include "platform/rt_error.h"
 #include "platform/ui.h"
 #include "util/open_document.h"
 #include "util/twips.h"
@@ -41,16 +42,6 @@ const rt::Variant kDefaultDecimals = qint16(0);
 
 // A text box without a limit has the toolkit's largest.
 constexpr int kNoMaxLength = 32767;
-
-// A failing statement is passed over and the next one runs: the select button must come back
-// with whatever it managed, whatever the field holds.
-template <typename Statement>
-void resumeNext(Statement&& statement) {
-    try {
-        statement();
-    } catch (const rt::Error&) {
-    }
-}
 
 bool isDateType(qint16 type) {
     return type == 3 || type == 54;
@@ -517,20 +508,20 @@ void vText::selectDateOrTime(bool bIsDate) {
     if (bIsDate) {
         dialog->vDate = txtField->text();
     } else {
-        resumeNext([&] { dialog->vTime = rt::Variant::date(rt::CDate(txtField->text())); });
+        rt::resumeNext([&] { dialog->vTime = rt::Variant::date(rt::CDate(txtField->text())); });
     }
-    resumeNext([&] { bIsDate ? dialog->ReSetDate() : dialog->ResetTime(); });
-    resumeNext([&] { platform::ui().showModal(dialog.get(), window()); });
+    rt::resumeNext([&] { bIsDate ? dialog->ReSetDate() : dialog->ResetTime(); });
+    rt::resumeNext([&] { platform::ui().showModal(dialog.get(), window()); });
     DoEvents();
     // A cancel leaves the value as it went in, so a valid text comes back in the field's form.
     const rt::Variant& chosen = bIsDate ? dialog->vDate : dialog->vTime;
-    resumeNext([&] {
+    rt::resumeNext([&] {
         if (rt::IsDate(chosen)) {
             txtField->setText(rt::Format(
                 chosen, bIsDate ? QStringLiteral("Short Date") : QStringLiteral("Medium Time")));
         }
     });
-    resumeNext([&] { dialog->Unload(); });
+    rt::resumeNext([&] { dialog->Unload(); });
 }
 
 void vText::selectChoices() {
@@ -538,7 +529,7 @@ void vText::selectChoices() {
         mnMenu.value(0)->setEnabled(false);
     }
     auto dialog = std::make_unique<frmUDFSelection>(window());
-    resumeNext(
+    rt::resumeNext(
         [&] { dialog->ShowForm(m_Selections, m_nSelections, txtField->text(), m_texttype == 5); });
     if (!dialog->Cancelled) {
         txtField->setText(dialog->GetSelections());
@@ -566,12 +557,12 @@ void vText::selectYesNo() {
 
 void vText::selectFile() {
     if (txtField->text().trimmed().isEmpty()) {
-        resumeNext([&] {
+        rt::resumeNext([&] {
             txtField->setText(BrowseForFile(QString(), QStringLiteral("All Files|*.*"), true));
         });
     } else {
         // To pick another file the user empties the field first.
-        resumeNext([&] { OpenDocument(txtField->text()); });
+        rt::resumeNext([&] { OpenDocument(txtField->text()); });
     }
 }
 

@@ -5,7 +5,6 @@
 #include <QStringDecoder>
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 
 namespace blob_chunks {
@@ -14,15 +13,6 @@ namespace {
 
 constexpr int kBadFileNumber = 52;
 constexpr int kDeviceIoError = 57;
-
-// The two public transfers ignore failures step by step: a step that fails is passed over and
-// the next one runs, as the suite's programs expect of them.
-void ignoringFailure(const std::function<void()>& step) {
-    try {
-        step();
-    } catch (const rt::Error&) {
-    }
-}
 
 void put(QFile& file, const QByteArray& bytes) {
     if (!file.isOpen()) {
@@ -139,7 +129,7 @@ bool RecSet::BlobToFile(const QString& fld, const QString& FName, qint32 FieldSi
                         qint32 Threshold) {
     QFile::remove(FName);
     QFile file(FName);
-    ignoringFailure([&] {
+    rt::resumeNext([&] {
         if (!file.open(QIODevice::WriteOnly)) {
             throw rt::Error::standard(rt::PathNotFound);
         }
@@ -147,14 +137,14 @@ bool RecSet::BlobToFile(const QString& fld, const QString& FName, qint32 FieldSi
     bool written = false;
     if (FieldSize == -1) {
         qint32 total = 0;
-        ignoringFailure([&] { total = WriteUnsizedBinary(file, *this, fld); });
+        rt::resumeNext([&] { total = WriteUnsizedBinary(file, *this, fld); });
         written = total >= 1;
     } else {
         written = true;
         if (FieldSize <= Threshold) {
-            ignoringFailure([&] { put(file, bytesOf(ColsWithNull(fld))); });
+            rt::resumeNext([&] { put(file, bytesOf(ColsWithNull(fld))); });
         } else {
-            ignoringFailure([&] { WriteSizedBinary(file, *this, fld, FieldSize); });
+            rt::resumeNext([&] { WriteSizedBinary(file, *this, fld, FieldSize); });
         }
     }
     file.close();
@@ -168,7 +158,7 @@ void RecSet::FileToBlob(const QString& FName, const QString& fld, qint32 Thresho
         return;
     }
     const auto length = qint32(file.size());
-    ignoringFailure([&] {
+    rt::resumeNext([&] {
         if (length <= Threshold) {
             Cols(fld) = rt::Variant(file.read(length));
         } else {

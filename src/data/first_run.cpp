@@ -3,12 +3,10 @@
 #include "platform/convert.h"
 #include "platform/dates.h"
 #include "platform/os.h"
+#include "platform/rt_error.h"
 #include "platform/ui.h"
 
 #include <QFile>
-
-#include <functional>
-#include <initializer_list>
 
 namespace {
 
@@ -33,16 +31,6 @@ QString firstRunKey(const QString& key, const QString& defaultValue = QString())
 void showProgress(const DBase& db, const QString& caption) {
     if (db.showCaption) {
         db.showCaption(caption);
-    }
-}
-
-// Steps of which any may fail: a failed step is passed over and the next one runs.
-void withFailuresIgnored(std::initializer_list<std::function<void()>> steps) {
-    for (const std::function<void()>& step : steps) {
-        try {
-            step();
-        } catch (const rt::Error&) {
-        }
     }
 }
 
@@ -89,14 +77,16 @@ void setUpCompany(DBase& db) {
 void setUpDefaultReports(DBase& db) {
     const QString reportsFile = programFile(kReportsFile);
     auto reports = engine::openDatabase(reportsFile);  // a missing file fails the first run
-    withFailuresIgnored({[&] { reports->deleteTable(QStringLiteral("reports")); },
-                         [&] { reports->deleteTable(QStringLiteral("rptcntls")); }, DoEvents,
-                         [&] { reports->close(); }, DoEvents});
+    rt::resumeNext([&] { reports->deleteTable(QStringLiteral("reports")); });
+    rt::resumeNext([&] { reports->deleteTable(QStringLiteral("rptcntls")); });
+    rt::resumeNext(DoEvents);
+    rt::resumeNext([&] { reports->close(); });
+    rt::resumeNext(DoEvents);
     db.Execute("SELECT * INTO [;database=" + reportsFile + "].reports from reports");
     db.Execute("SELECT * INTO [;database=" + reportsFile + "].rptcntls from rptcntls");
     DoEvents();
-    withFailuresIgnored({[&] { db.theDb->deleteTable(QStringLiteral("reportsdef")); },
-                         [&] { db.theDb->deleteTable(QStringLiteral("rptcntlsdef")); }});
+    rt::resumeNext([&] { db.theDb->deleteTable(QStringLiteral("reportsdef")); });
+    rt::resumeNext([&] { db.theDb->deleteTable(QStringLiteral("rptcntlsdef")); });
     db.Execute(QStringLiteral("SELECT * INTO reportsdef from reports"));
     db.Execute(QStringLiteral("SELECT * INTO rptcntlsdef from rptcntls"));
 }

@@ -3,6 +3,7 @@
 #include "data/dbase.h"
 #include "data/session.h"
 #include "platform/convert.h"
+#include "platform/rt_error.h"
 #include "platform/ui.h"
 #include "settings/options.h"
 #include "util/flex_grid.h"
@@ -59,14 +60,6 @@ qint16 orderTag(const QString& sParent) {
         }
     }
     return 0;
-}
-
-// Runs one statement of a stretch that passes over failures.
-void resumeNext(const std::function<void()>& statement) {
-    try {
-        statement();
-    } catch (const rt::Error&) {
-    }
 }
 
 void readEntry(RecSet& rs, UDFDefinition& e) {
@@ -346,18 +339,18 @@ void UDFMaster::GetOrder(qint16 nIndex, const QString& sParent) {
     // number leaves its entry at its own index. The last piece stays once no comma is left, so
     // a short list repeats its last number over the remaining entries.
     qint16 nCount = 0;
-    resumeNext([&] { nCount = UDFLists(nIndex).nCount; });
+    rt::resumeNext([&] { nCount = UDFLists(nIndex).nCount; });
     for (int i = 1; i <= nCount; ++i) {
         const qsizetype p = sOrder.indexOf(',') + 1;
-        resumeNext([&] { entry(nIndex, i).nOrder = qint16(i); });
+        rt::resumeNext([&] { entry(nIndex, i).nOrder = qint16(i); });
         if (p >= 1) {
             const QString sNumber = sOrder.left(p - 1);
             if (sOrder.length() > 2) {
                 sOrder = sOrder.mid(p);
-                resumeNext([&] { entry(nIndex, i).nOrder = rt::CInt(sNumber); });
+                rt::resumeNext([&] { entry(nIndex, i).nOrder = rt::CInt(sNumber); });
             }
         } else if (!sOrder.isEmpty()) {
-            resumeNext([&] { entry(nIndex, i).nOrder = rt::CInt(sOrder); });
+            rt::resumeNext([&] { entry(nIndex, i).nOrder = rt::CInt(sOrder); });
         }
     }
 }

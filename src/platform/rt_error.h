@@ -42,6 +42,16 @@ private:
     std::string what_;
 };
 
+// Runs one statement of a stretch that passes over failures: a run-time failure in it is
+// dropped, and the caller goes on with its next statement.
+template <typename Statement>
+void resumeNext(Statement&& statement) {
+    try {
+        statement();
+    } catch (const Error&) {
+    }
+}
+
 // The runtime's text for a failure number; "Application-defined or object-defined error" for a
 // number it has no text of its own for.
 QString errorText(int number);
