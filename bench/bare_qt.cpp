@@ -2,6 +2,7 @@
 // dialog and exits as soon as it is shown. ORVANE_BENCH_MODE=memory: starts Qt, opens the
 // database given as its argument and reads from it, then prints its peak resident memory.
 
+#include "exit_when_shown.h"
 #include "peak_memory.h"
 
 #include <QApplication>
@@ -11,21 +12,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-
-namespace {
-
-class DialogWatch : public QObject {
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Show && watched->objectName() == QLatin1String("dialog")) {
-            std::fflush(stdout);
-            _exit(0);
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-}  // namespace
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -43,7 +29,7 @@ int main(int argc, char** argv) {
         sqlite3_close(db);
         return 0;
     }
-    DialogWatch watch;
+    ExitWhenShown watch(QStringLiteral("dialog"));
     app.installEventFilter(&watch);
     QDialog dialog;
     dialog.setObjectName(QStringLiteral("dialog"));

@@ -4,6 +4,7 @@
 // row count and the peak resident memory, then exits.
 
 #include "directory/frm_admin.h"
+#include "exit_when_shown.h"
 #include "logon/command_line.h"
 #include "peak_memory.h"
 #include "platform/qt_ui.h"
@@ -18,22 +19,6 @@
 
 #include <cstdio>
 
-namespace {
-
-// Leaves at once when the logon window is shown; what follows is not part of the start.
-class LogonWindowWatch : public QObject {
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Show && watched->objectName() == QLatin1String("frmStartUp")) {
-            std::fflush(stdout);
-            _exit(0);
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-}  // namespace
-
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     platform::adoptRegionalSettings();
@@ -43,7 +28,7 @@ int main(int argc, char** argv) {
     platform::QtUi ui;
     platform::setUi(&ui);
 
-    LogonWindowWatch watch;
+    ExitWhenShown watch(QStringLiteral("frmStartUp"));
     if (!memory) {
         app.installEventFilter(&watch);
     }
