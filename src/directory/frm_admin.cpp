@@ -63,9 +63,10 @@ struct EntryColumns {
 };
 
 // The list row of the record the cursor stands on, made whole before it goes into the list.
-QTreeWidgetItem* entryRow(qint16 type, const RecSet& rs, const EntryColumns& columns,
-                          const QString& loggedIn) {
-    static const char* const editions[] = {"ASD", "AGD", "AGP", "CSD"};
+ReportList::Row entryRow(qint16 type, const RecSet& rs, const EntryColumns& columns,
+                         const QString& loggedIn) {
+    static const QString editions[] = {QStringLiteral("ASD"), QStringLiteral("AGD"),
+                                       QStringLiteral("AGP"), QStringLiteral("CSD")};
     const rt::Variant id = rs.ColsAt(columns.id);
     QStringList cells{rt::CStr(rs.ColsAt(columns.name))};
     if (type == 0) {
@@ -73,14 +74,14 @@ QTreeWidgetItem* entryRow(qint16 type, const RecSet& rs, const EntryColumns& col
               << gLevelNames(rt::CInt(rs.ColsAt(columns.accLevel)) - 1) << rt::CStr(id) << loggedIn;
         const qint16 edition = rt::CInt(rs.ColsAt(columns.fslevel));
         if (edition >= 0 && edition <= 3) {
-            cells << QString::fromLatin1(editions[edition]);
+            cells << editions[edition];
         }
     } else if (type == 2) {
         cells << rt::CStr(id);
     } else {
         cells << rt::CStr(rs.ColsAt(columns.num)) << rt::CStr(id);
     }
-    return ReportList::newRow(cells, rt::CLng(id));
+    return {cells, rt::CLng(id)};
 }
 
 // The employees with at least one rts row, all found by one query. The table alone tells: a
@@ -88,18 +89,18 @@ QTreeWidgetItem* entryRow(qint16 type, const RecSet& rs, const EntryColumns& col
 // own, as if each employee's id were looked up in rts.
 QSet<qint32> employeesWithSessions() {
     QSet<qint32> ids;
-    auto sessions = gDBase.OpenRecordset(
-        QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
-    if (sessions->RecordCount() > 0) {
-        sessions->MoveFirst();
-        gDBase.ReadTogether([&] {
+    gDBase.ReadTogether([&] {
+        auto sessions = gDBase.OpenRecordset(
+            QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
+        if (sessions->RecordCount() > 0) {
+            sessions->MoveFirst();
             while (!sessions->Eof()) {
                 ids.insert(rt::CLng(sessions->ColsAt(0)));
                 sessions->MoveNext();
             }
-        });
-    }
-    sessions->CloseRS();
+        }
+        sessions->CloseRS();
+    });
     return ids;
 }
 
@@ -365,36 +366,34 @@ void frmAdmin::setEntryCommandsEnabled(bool enabled) {
 
 void frmAdmin::LoadUserlist(qint16 nType, std::unique_ptr<RecSet>& rs) {
     ShowBusy();
-    rs = gDBase.OpenRecordset("SELECT * FROM users WHERE type = " + QString::number(nType) +
-                              " ORDER BY NAME");
     ReportList* list = directoryOfType(nType).list;
-    list->removeAllRows();
-    if (rs->RecordCount() > 0) {
+    QList<ReportList::Row> rows;
+    // One read of the file for the cursor, the sessions and every row, so that the rows are read
+    // once, at the open, rather than again at each visit.
+    gDBase.ReadTogether([&] {
+        rs = gDBase.OpenRecordset("SELECT * FROM users WHERE type = " + QString::number(nType) +
+                                  " ORDER BY NAME");
+        list->removeAllRows();
+        if (rs->RecordCount() == 0) {
+            return;
+        }
         rs->MoveLast();
         rs->MoveFirst();
         const EntryColumns columns(*rs, nType);
         const QSet<qint32> sessions = nType == 0 ? employeesWithSessions() : QSet<qint32>();
-        QList<QTreeWidgetItem*> rows;
         rows.reserve(rs->RecordCount());
-        try {
-            gDBase.ReadTogether([&] {
-                while (!rs->Eof()) {
-                    QString loggedIn;
-                    if (nType == 0) {
-                        loggedIn = sessions.contains(rt::CLng(rs->ColsAt(columns.id)))
-                                       ? QStringLiteral("Yes")
-                                       : QStringLiteral("No");
-                    }
-                    rows << entryRow(nType, *rs, columns, loggedIn);
-                    rs->MoveNext();
-                }
-            });
-        } catch (...) {
-            qDeleteAll(rows);
-            throw;
+        while (!rs->Eof()) {
+            QString loggedIn;
+            if (nType == 0) {
+                loggedIn = sessions.contains(rt::CLng(rs->ColsAt(columns.id)))
+                               ? QStringLiteral("Yes")
+                               : QStringLiteral("No");
+            }
+            rows << entryRow(nType, *rs, columns, loggedIn);
+            rs->MoveNext();
         }
-        list->addRows(rows);
-    }
+    });
+    list->addRows(std::move(rows));
     // The commands need a selected row whenever the list has rows.
     list->finishFill();
     ShowIdle();

@@ -172,15 +172,16 @@ void frmEmployee::fillChecklist(QListWidget* list, qint16 type) {
         "SELECT Name,id FROM users WHERE type = " + kind + " AND id <> " + id +
             " AND id NOT IN ( SELECT extid FROM extaccess WHERE userid = " + id + ") ORDER BY name",
     };
-    for (int part = 0; part < 2; ++part) {
-        auto result = gDBase.OpenRecordset(queries[part]);
-        if (result->RecordCount() > 0) {
-            result->MoveLast();
-            result->MoveFirst();
-            const qint32 count = result->RecordCount();  // complete now that the last row was seen
-            const int name = result->ColumnIndex(QStringLiteral("Name"));
-            const int entry = result->ColumnIndex(QStringLiteral("id"));
-            gDBase.ReadTogether([&] {
+    // One read of the file: the rows are read at the open and not again at each visit.
+    gDBase.ReadTogether([&] {
+        for (int part = 0; part < 2; ++part) {
+            auto result = gDBase.OpenRecordset(queries[part]);
+            if (result->RecordCount() > 0) {
+                result->MoveLast();
+                result->MoveFirst();
+                const qint32 count = result->RecordCount();  // complete now the last row was seen
+                const int name = result->ColumnIndex(QStringLiteral("Name"));
+                const int entry = result->ColumnIndex(QStringLiteral("id"));
                 for (qint32 i = 0; i < count; ++i) {
                     // Made whole before it joins the list, which then hears of it once.
                     auto* item = new QListWidgetItem(rt::CStr(result->ColsAt(name)));
@@ -192,10 +193,10 @@ void frmEmployee::fillChecklist(QListWidget* list, qint16 type) {
                         result->MoveNext();
                     }
                 }
-            });
+            }
+            result->CloseRS();
         }
-        result->CloseRS();
-    }
+    });
 }
 
 void frmEmployee::chkBranchManager_Click() {

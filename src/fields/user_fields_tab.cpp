@@ -66,8 +66,9 @@ UserFieldsTab::UserFieldsTab(QComboBox* cmbUDF, ReportList* lstUDF,
             lstUDF_ItemClick(*row);
         }
     };
-    OnEvent(lstUDF, &QTreeWidget::itemSelectionChanged, this, showSelectedClass);
-    OnEvent(lstUDF, &QTreeWidget::itemClicked, this, showSelectedClass);
+    OnEvent(lstUDF->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            showSelectedClass);
+    OnEvent(lstUDF, &QAbstractItemView::clicked, this, showSelectedClass);
     for (int i = 0; i < int(optClass.size()); ++i) {
         connect(optClass[size_t(i)], &QRadioButton::toggled, this, [this, i](bool checked) {
             if (checked && !bClassLoading) {
@@ -102,7 +103,6 @@ void UserFieldsTab::cmbUDF_Click() {
             lstUDF->addCell(row,
                             nClass == kPersonal ? QString() : rt::CStr(rsUDF->Cols("descrpn")));
             lstUDF->addCell(row, letterOf(nClass));
-            lstUDF->topLevelItem(row)->setData(kClassColumn, Qt::UserRole, nClass);
         }
         lstUDF->finishFill();
     }
@@ -147,14 +147,15 @@ void UserFieldsTab::optClass_Click(int nIndex) {
 }
 
 int UserFieldsTab::shownClass(int row) const {
-    return lstUDF->topLevelItem(row)->data(kClassColumn, Qt::UserRole).toInt();
+    // The letter in the row says the class it shows.
+    return int(QStringList{letterOf(0), letterOf(1), letterOf(kPersonal)}.indexOf(
+        lstUDF->cell(row, kClassColumn)));
 }
 
 void UserFieldsTab::storeClass(int row, int nIndex) {
     rsUDF->Edit();
     rsUDF->Cols("Class") = qint16(nIndex);
     rsUDF->Update();
-    lstUDF->topLevelItem(row)->setData(kClassColumn, Qt::UserRole, nIndex);
     lstUDF->setCell(row, kClassColumn, letterOf(nIndex));
 }
 

@@ -61,23 +61,24 @@ QString reachableEntriesQuery(const QString& n) {
 void fillReachableEntries(qint32 userId) {
     const QString n = QString::number(userId);
     const bool accessAll = gRightValues(kRightAccessAllClients);
-    std::unique_ptr<RecSet> list;
-    std::unique_ptr<RecSet> memberships;
-    if (accessAll) {
-        list = gDBase.OpenRecordset("SELECT * FROM users WHERE id <> " + n + " ORDER BY name");
-        memberships = gDBase.OpenRecordset(
-            "SELECT * FROM users WHERE id IN (SELECT userid FROM extaccess WHERE extid = " + n +
-            ") AND type > 0 AND type < 3");
-    } else {
-        list = gDBase.OpenRecordset(reachableEntriesQuery(n));
-    }
-    if (list->RecordCount() > 0) {
-        list->MoveLast();
-        list->MoveFirst();
-        const int name = list->ColumnIndex(QStringLiteral("Name"));
-        const int id = list->ColumnIndex(QStringLiteral("id"));
-        const int type = list->ColumnIndex(QStringLiteral("Type"));
-        gDBase.ReadTogether([&] {
+    // One read of the file: the rows are read at the open and not again at each visit.
+    gDBase.ReadTogether([&] {
+        std::unique_ptr<RecSet> list;
+        std::unique_ptr<RecSet> memberships;
+        if (accessAll) {
+            list = gDBase.OpenRecordset("SELECT * FROM users WHERE id <> " + n + " ORDER BY name");
+            memberships = gDBase.OpenRecordset(
+                "SELECT * FROM users WHERE id IN (SELECT userid FROM extaccess WHERE extid = " + n +
+                ") AND type > 0 AND type < 3");
+        } else {
+            list = gDBase.OpenRecordset(reachableEntriesQuery(n));
+        }
+        if (list->RecordCount() > 0) {
+            list->MoveLast();
+            list->MoveFirst();
+            const int name = list->ColumnIndex(QStringLiteral("Name"));
+            const int id = list->ColumnIndex(QStringLiteral("id"));
+            const int type = list->ColumnIndex(QStringLiteral("Type"));
             while (!list->Eof()) {
                 gUserCount = rt::CInt(gUserCount + 1);
                 gUsers.redimPreserve(gUserCount);
@@ -92,9 +93,9 @@ void fillReachableEntries(qint32 userId) {
                 }
                 list->MoveNext();
             }
-        });
-    }
-    list->CloseRS();
+        }
+        list->CloseRS();
+    });
 }
 
 }  // namespace

@@ -2,24 +2,114 @@
 
 #include "util/twips.h"
 
+#include <QAbstractTableModel>
 #include <QHeaderView>
 
-namespace {
+#include <algorithm>
+#include <numeric>
 
-// Rows compare as text, without regard to case, in every column, the number columns included.
-class TextRow : public QTreeWidgetItem {
+// The rows themselves, as plain text: a list of ten thousand employees costs a string list each,
+// and a fill tells the view once.
+class ReportListModel : public QAbstractTableModel {
 public:
-    using QTreeWidgetItem::QTreeWidgetItem;
-    bool operator<(const QTreeWidgetItem& other) const override {
-        const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
-        return text(column).compare(other.text(column), Qt::CaseInsensitive) < 0;
+    using QAbstractTableModel::QAbstractTableModel;
+
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : int(rows.size());
     }
+    int columnCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : int(captions.size());
+    }
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (role != Qt::DisplayRole || !index.isValid()) {
+            return {};
+        }
+        const QStringList& cells = rows[index.row()].cells;
+        return index.column() < cells.size() ? QVariant(cells[index.column()]) : QVariant();
+    }
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
+        if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 &&
+            section < captions.size()) {
+            return captions[section];
+        }
+        return QAbstractTableModel::headerData(section, orientation, role);
+    }
+
+    void setCaptions(const QStringList& columns) {
+        beginResetModel();
+        captions = columns;
+        endResetModel();
+    }
+    void append(QList<ReportList::Row>&& added) {
+        if (added.isEmpty()) {
+            return;
+        }
+        beginInsertRows({}, int(rows.size()), int(rows.size() + added.size()) - 1);
+        if (rows.isEmpty()) {
+            rows = std::move(added);
+        } else {
+            rows.append(std::move(added));
+        }
+        endInsertRows();
+    }
+    void changeCell(int row, int column, const QString& text) {
+        QStringList& cells = rows[row].cells;
+        while (cells.size() <= column) {
+            cells.append(QString());
+        }
+        cells[column] = text;
+        emit dataChanged(index(row, column), index(row, column));
+    }
+    void remove(int row) {
+        beginRemoveRows({}, row, row);
+        rows.removeAt(row);
+        endRemoveRows();
+    }
+    void removeAll() {
+        beginResetModel();
+        rows = {};
+        endResetModel();
+    }
+    // As text without regard to case, a missing cell as an empty one; rows that compare equal
+    // keep their order. The selection stays on the rows it was on.
+    void sortBy(int column, Qt::SortOrder order) {
+        emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+        std::vector<int> ranks(size_t(rows.size()));
+        std::iota(ranks.begin(), ranks.end(), 0);
+        const auto text = [&](int row) {
+            const QStringList& cells = rows[row].cells;
+            return column < cells.size() ? cells[column] : QString();
+        };
+        std::stable_sort(ranks.begin(), ranks.end(), [&](int a, int b) {
+            const int compared = text(a).compare(text(b), Qt::CaseInsensitive);
+            return order == Qt::AscendingOrder ? compared < 0 : compared > 0;
+        });
+        QList<ReportList::Row> sorted;
+        sorted.reserve(rows.size());
+        std::vector<int> newRowOf(ranks.size());
+        for (size_t i = 0; i < ranks.size(); ++i) {
+            sorted.append(std::move(rows[ranks[i]]));
+            newRowOf[size_t(ranks[i])] = int(i);
+        }
+        rows = std::move(sorted);
+        const QModelIndexList before = persistentIndexList();
+        QModelIndexList after;
+        after.reserve(before.size());
+        for (const QModelIndex& index : before) {
+            after.append(this->index(newRowOf[size_t(index.row())], index.column()));
+        }
+        changePersistentIndexList(before, after);
+        emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+    }
+
+    QStringList captions;
+    QList<ReportList::Row> rows;
 };
 
-}  // namespace
-
-ReportList::ReportList(const QString& name, QWidget* parent) : QTreeWidget(parent) {
+ReportList::ReportList(const QString& name, QWidget* parent)
+    : QTreeView(parent), rows_(new ReportListModel(this)) {
     setObjectName(name);
+    setModel(rows_);
     setRootIsDecorated(false);
     setUniformRowHeights(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
@@ -41,89 +131,86 @@ void ReportList::setColumns(const std::vector<std::pair<QString, int>>& columns)
     for (const auto& column : columns) {
         captions << column.first;
     }
-    setColumnCount(int(columns.size()));
-    setHeaderLabels(captions);
+    rows_->setCaptions(captions);
     for (int c = 0; c < int(columns.size()); ++c) {
         setColumnWidth(c, hundredthsOfMmToPixels(columns[size_t(c)].second));
     }
 }
 
+QString ReportList::caption(int column) const {
+    return rows_->captions.value(column);
+}
+
 int ReportList::addRow(const QString& text, const QVariant& tag) {
-    addTopLevelItem(newRow(QStringList{text}, tag));
+    addRows({Row{QStringList{text}, tag}});
     return rowCount() - 1;
 }
 
-QTreeWidgetItem* ReportList::newRow(const QStringList& cells, const QVariant& tag) {
-    auto* row = new TextRow(cells);
-    row->setData(0, Qt::UserRole, tag);
-    row->setData(0, Qt::UserRole + 1, int(cells.size()));  // the cells it has
-    return row;
-}
-
-void ReportList::addRows(const QList<QTreeWidgetItem*>& rows) {
-    if (rows.isEmpty()) {
-        return;
-    }
-    const bool updating = updatesEnabled();
-    setUpdatesEnabled(false);
-    addTopLevelItems(rows);
-    setUpdatesEnabled(updating);
+void ReportList::addRows(QList<Row> rows) {
+    rows_->append(std::move(rows));
 }
 
 void ReportList::addCell(int row, const QString& text) {
-    QTreeWidgetItem* item = topLevelItem(row);
-    const int cells = item->data(0, Qt::UserRole + 1).toInt();
-    item->setText(cells, text);
-    item->setData(0, Qt::UserRole + 1, cells + 1);
+    rows_->changeCell(row, cellCount(row), text);
 }
 
 int ReportList::cellCount(int row) const {
-    return topLevelItem(row)->data(0, Qt::UserRole + 1).toInt();
+    return int(rows_->rows.at(row).cells.size());
 }
 
 QString ReportList::cell(int row, int column) const {
-    return topLevelItem(row)->text(column);
+    return rows_->rows.at(row).cells.value(column);
 }
 
 void ReportList::setCell(int row, int column, const QString& text) {
-    topLevelItem(row)->setText(column, text);
+    rows_->changeCell(row, column, text);
 }
 
 QVariant ReportList::tag(int row) const {
-    return topLevelItem(row)->data(0, Qt::UserRole);
+    return rows_->rows.at(row).tag;
+}
+
+int ReportList::rowCount() const {
+    return rows_->rowCount();
 }
 
 void ReportList::selectRow(int row) {
-    QTreeWidgetItem* item = topLevelItem(row);
-    setCurrentItem(item);
-    item->setSelected(true);
+    const QModelIndex index = rows_->index(row, 0);
+    setCurrentIndex(index);
+    selectionModel()->select(index,
+                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 std::optional<int> ReportList::selectedRow() const {
-    const QList<QTreeWidgetItem*> selected = selectedItems();
+    const QModelIndexList selected = selectionModel()->selectedRows();
     if (selected.isEmpty()) {
         return std::nullopt;
     }
-    return indexOfTopLevelItem(selected.first());
+    return selected.first().row();
+}
+
+QRect ReportList::rowRect(int row) const {
+    return visualRect(rows_->index(row, 0));
 }
 
 void ReportList::removeRow(int row) {
-    delete takeTopLevelItem(row);
+    rows_->remove(row);
     // Which row is selected next is the list's own choice; the commands rely on there being one.
     if (rowCount() > 0 && !selectedRow()) {
-        selectRow(currentItem() ? indexOfTopLevelItem(currentItem())
-                                : std::min(row, rowCount() - 1));
+        selectRow(currentIndex().isValid() ? currentIndex().row() : std::min(row, rowCount() - 1));
     }
 }
 
 void ReportList::removeAllRows() {
-    clear();
+    rows_->removeAll();
 }
 
 void ReportList::sortByColumn(int column, int order) {
     sortColumn_ = column;
     sortOrder_ = order;
-    sortItems(column, order == 1 ? Qt::DescendingOrder : Qt::AscendingOrder);
+    const Qt::SortOrder direction = order == 1 ? Qt::DescendingOrder : Qt::AscendingOrder;
+    rows_->sortBy(column, direction);
+    header()->setSortIndicator(column, direction);
     header()->setSortIndicatorShown(true);
 }
 
@@ -138,10 +225,10 @@ void ReportList::finishFill() {
 
 void ReportList::selectionChanged(const QItemSelection& selected,
                                   const QItemSelection& deselected) {
-    QTreeWidget::selectionChanged(selected, deselected);
+    QTreeView::selectionChanged(selected, deselected);
     // A click below the rows, Ctrl+click or Ctrl+Space would leave no row selected: the row that
     // lost the selection keeps it.
-    if (rowCount() == 0 || !selectedItems().isEmpty() || deselected.isEmpty()) {
+    if (rowCount() == 0 || selectionModel()->hasSelection() || deselected.isEmpty()) {
         return;
     }
     const QModelIndex lost = deselected.indexes().constFirst();
@@ -149,7 +236,7 @@ void ReportList::selectionChanged(const QItemSelection& selected,
 }
 
 void ReportList::mouseDoubleClickEvent(QMouseEvent* event) {
-    QTreeWidget::mouseDoubleClickEvent(event);
+    QTreeView::mouseDoubleClickEvent(event);
     if (onDoubleClick) {
         onDoubleClick();
     }

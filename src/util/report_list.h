@@ -1,39 +1,47 @@
 #pragma once
 
-#include <QTreeWidget>
+#include <QStringList>
+#include <QTreeView>
 
+#include <functional>
 #include <optional>
+
+class ReportListModel;
 
 // A list of rows in columns, as the console's lists are: each row has a text, cells behind it in
 // column order, and a tag that leads back to its record. A click on a column head is the
 // caller's to handle; once the list has been sorted it stays sorted by that column and order
 // whenever it is filled again, while a row added later goes at the end. Once filled, a list with
 // rows always has a selected row, whatever the mouse or keyboard does: the commands act on it.
-class ReportList : public QTreeWidget {
+class ReportList : public QTreeView {
 public:
+    // Its text and then its cells in column order, and its tag.
+    struct Row {
+        QStringList cells;
+        QVariant tag;
+    };
+
     ReportList(const QString& name, QWidget* parent = nullptr);
 
     // Columns by caption and width in hundredths of a millimetre.
     void setColumns(const std::vector<std::pair<QString, int>>& columns);
+    QString caption(int column) const;
 
     // Adds a row at the end with its text and tag; gives its index.
     int addRow(const QString& text, const QVariant& tag);
-    // A row made whole, outside any list: its text and then its cells in column order, and its
-    // tag. Long fills make their rows so and add them with addRows, which spares the view a
-    // notice per cell and per row.
-    static QTreeWidgetItem* newRow(const QStringList& cells, const QVariant& tag);
-    // Adds the rows at the end in their order; the list owns them from then on.
-    void addRows(const QList<QTreeWidgetItem*>& rows);
+    // Adds rows made whole at the end in their order, with one notice to the view for all.
+    void addRows(QList<Row> rows);
     // Appends a cell to the row, behind the ones it has.
     void addCell(int row, const QString& text);
     int cellCount(int row) const;
     QString cell(int row, int column) const;
     void setCell(int row, int column, const QString& text);
     QVariant tag(int row) const;
-    int rowCount() const { return topLevelItemCount(); }
+    int rowCount() const;
     void selectRow(int row);
     // The selected row, or nothing when none is.
     std::optional<int> selectedRow() const;
+    QRect rowRect(int row) const;
     void removeRow(int row);
     void removeAllRows();
 
@@ -54,6 +62,7 @@ protected:
                           const QItemSelection& deselected) override;
 
 private:
+    ReportListModel* rows_;
     int sortColumn_ = -1;
     int sortOrder_ = 0;
 };

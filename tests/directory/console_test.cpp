@@ -52,7 +52,7 @@ TEST_F(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
         return QPoint(20, list->viewport()->height() - 5);
     };
     const auto onTheSelectedRow = [](ReportList* list) {
-        return list->visualItemRect(list->topLevelItem(*list->selectedRow())).center();
+        return list->rowRect(*list->selectedRow()).center();
     };
     const struct {
         const char* action;
@@ -120,8 +120,8 @@ TEST_F(ConsoleTest, TheListsShowTheirCells) {
     // Out of the user's reach, its logic kept.
     EXPECT_EQ(rows(showTab(frmAdmin::Branches)),
               QStringList({"Downtown Office|2|10", "Northside Office|0|11"}));
-    EXPECT_EQ(console.lstEmployees->headerItem()->text(4), "Logged In");
-    EXPECT_EQ(console.lstEquipment->headerItem()->text(0), "Equipment Description");
+    EXPECT_EQ(console.lstEmployees->caption(4), "Logged In");
+    EXPECT_EQ(console.lstEquipment->caption(0), "Equipment Description");
 }
 
 TEST_F(ConsoleTest, WhatEachTabShowsAndEnables) {

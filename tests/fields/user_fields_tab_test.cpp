@@ -78,7 +78,7 @@ protected:
         return 0;
     }
     void clickRow(const QString& col) {
-        const QRect cell = lstUDF->visualItemRect(lstUDF->topLevelItem(rowOf(col)));
+        const QRect cell = lstUDF->rowRect(rowOf(col));
         QTest::mouseClick(lstUDF->viewport(), Qt::LeftButton, {}, cell.center());
     }
     // On the button's circle, which is inside its click area whatever its width.

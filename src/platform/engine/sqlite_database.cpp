@@ -225,7 +225,7 @@ std::unique_ptr<Database> SqliteDatabase::open(const QString& path) {
     }
     auto connection = std::make_shared<Connection>();
     const int code = sqlite3_open_v2(path.toUtf8().constData(), &connection->db,
-                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_FULLMUTEX, nullptr);
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
         throw error(CannotOpenFile, path);
     }
@@ -284,6 +284,7 @@ std::unique_ptr<Recordset> SqliteDatabase::openRecordset(const QString& source) 
 void SqliteDatabase::execute(const QString& sql) {
     sqlite3* db = connection_->handle();
     const dialect::Statement statement = dialect::analyse(sql);
+    connection_->statementRun();
     switch (statement.kind) {
         case dialect::Statement::Select:
         case dialect::Statement::TableName:
@@ -327,7 +328,7 @@ void SqliteDatabase::selectInto(const dialect::Statement& statement) {
         if (tableExists(db, schema, statement.intoTable)) {
             throw error(TableExists, statement.intoTable);
         }
-        OwnTransaction transaction(db);
+        OwnTransaction transaction(*connection_);
         const QString target = schema + "." + quoteName(statement.intoTable);
         const QString source = dialect::render(statement.intoSource);
         if (!statement.intoSourceTable.isEmpty()) {
@@ -409,6 +410,7 @@ bool SqliteDatabase::beginRead() {
     // A deferred transaction takes the shared lock at its first read and keeps it to the end;
     // the read of the schema takes it at once, so the moment is the scope's start.
     run(db, QStringLiteral("BEGIN"));
+    connection_->transactionBegun();
     try {
         run(db, QStringLiteral("SELECT count(*) FROM sqlite_master"));
     } catch (const rt::Error&) {
@@ -432,6 +434,9 @@ void SqliteDatabase::beginTrans() {
     int& depth = openLevels();
     run(db, depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
                        : QStringLiteral("SAVEPOINT level%1").arg(depth));
+    if (depth == 0) {
+        connection_->transactionBegun();
+    }
     ++depth;
 }
 

@@ -136,8 +136,12 @@ void SqliteRecordset::load() {
     }
     rows_.clear();
     readAtOpen_.clear();
+    dropKeptValues();
     currentRead_ = -1;
-    std::vector<rt::Variant> firstValues;
+    // Inside a transaction the values read now stay true until it ends or this connection
+    // writes, so a walk through the rows needs no second look-up of each.
+    const std::optional<Connection::ReadMark> mark =
+        keyed() ? connection_->readMark() : std::nullopt;
     for (; more; more = statement.step()) {
         std::erase_if(unsettled, [&](int c) {
             if (sqlite3_column_type(statement.get(), c + first) == SQLITE_NULL) {
@@ -152,9 +156,10 @@ void SqliteRecordset::load() {
         } else {
             row.rowid = qint64(rows_.size());
         }
-        if (!keyed() || rows_.empty()) {
+        if (!keyed() || rows_.empty() || mark) {
             // The first row is the current one: read now, it needs no second look-up.
-            std::vector<rt::Variant>& values = keyed() ? firstValues : readAtOpen_.emplace_back();
+            std::vector<rt::Variant>& values =
+                keyed() ? keptFromOpen_.emplace_back() : readAtOpen_.emplace_back();
             values.reserve(count);
             for (int c = 0; c < count; ++c) {
                 values.push_back(readColumn(statement.get(), c + first, columns_[c].info.type));
@@ -172,8 +177,13 @@ void SqliteRecordset::load() {
         bof_ = eof_ = false;
         visit(0);
         if (keyed()) {
-            current_ = std::move(firstValues);
+            current_ = std::move(keptFromOpen_[0]);
             currentRead_ = 0;
+            keptLeft_ = keptFromOpen_.size() - 1;
+            keptMark_ = mark;
+            if (!mark || keptLeft_ == 0) {
+                dropKeptValues();
+            }
         }
     }
 }
@@ -183,6 +193,7 @@ void SqliteRecordset::close() {
     closed_ = true;
     rows_.clear();
     readAtOpen_.clear();
+    dropKeptValues();
     current_.clear();
     currentRead_ = -1;
     fetchStatement_.reset();
@@ -219,12 +230,37 @@ const std::vector<rt::Variant>& SqliteRecordset::currentValues() const {
         return readAtOpen_[position_];
     }
     if (currentRead_ != position_) {
-        if (!fetch(row.rowid, current_)) {
+        if (!takeKeptValues(position_, current_) && !fetch(row.rowid, current_)) {
             throw error(RecordDeleted);  // by another program since it was last read
         }
         currentRead_ = position_;
     }
     return current_;
+}
+
+bool SqliteRecordset::takeKeptValues(int index, std::vector<rt::Variant>& values) const {
+    if (keptFromOpen_.empty()) {
+        return false;
+    }
+    if (!connection_->unchangedSince(*keptMark_)) {
+        dropKeptValues();
+        return false;
+    }
+    // Rows are only ever added after those read at open, so an index still names the same row.
+    if (index >= int(keptFromOpen_.size()) || keptFromOpen_[index].empty()) {
+        return false;
+    }
+    values = std::move(keptFromOpen_[index]);
+    keptFromOpen_[index] = {};
+    if (--keptLeft_ == 0) {
+        dropKeptValues();
+    }
+    return true;
+}
+
+void SqliteRecordset::dropKeptValues() const {
+    keptFromOpen_ = {};
+    keptLeft_ = 0;
 }
 
 bool SqliteRecordset::fetch(qint64 rowid, std::vector<rt::Variant>& values) const {
@@ -482,7 +518,7 @@ qint64 SqliteRecordset::reserveCounter(const Column& counter) {
     // The counter is taken at AddNew, as the engine does, so that the new row's id can be read
     // before Update; a cancelled row leaves its number unused.
     sqlite3* handle = db();
-    OwnTransaction transaction(handle);
+    OwnTransaction transaction(*connection_);
     Prepared highest(*connection_,
                      "SELECT max(COALESCE((SELECT seq FROM sqlite_sequence WHERE name = ?1), 0), "
                      "COALESCE((SELECT max(" +

@@ -82,6 +82,10 @@ private:
     const std::vector<rt::Variant>& currentValues() const;
     // The row's values as the file holds them now; false when the row is no more.
     bool fetch(qint64 rowid, std::vector<rt::Variant>& values) const;
+    // The row's values as read at open, while they are still what the file holds; each is
+    // handed out once.
+    bool takeKeptValues(int index, std::vector<rt::Variant>& values) const;
+    void dropKeptValues() const;
     void visit(int index);
     void leaveEdit();
     std::optional<int> nextLive(int from, int step) const;
@@ -101,6 +105,10 @@ private:
     std::vector<Column> columns_;
     std::vector<Row> rows_;
     std::vector<std::vector<rt::Variant>> readAtOpen_;  // the values, for rows without a table
+    // Values of rows with a table, read at open inside a transaction, for their first visit.
+    mutable std::vector<std::vector<rt::Variant>> keptFromOpen_;
+    mutable size_t keptLeft_ = 0;
+    std::optional<Connection::ReadMark> keptMark_;
     mutable std::unique_ptr<Prepared> fetchStatement_;
     mutable std::vector<rt::Variant> current_;  // the values of row currentRead_, once read
     mutable int currentRead_ = -1;

@@ -61,6 +61,19 @@ void Connection::giveBackStatement(QByteArray sql, sqlite3_stmt* statement) {
     }
 }
 
+std::optional<Connection::ReadMark> Connection::readMark() const {
+    if (!db || sqlite3_get_autocommit(db)) {
+        return std::nullopt;
+    }
+    return ReadMark{transactionsBegun_, sqlite3_total_changes64(db), statementsRun_};
+}
+
+bool Connection::unchangedSince(const ReadMark& mark) const {
+    const std::optional<ReadMark> now = readMark();
+    return now && now->transaction == mark.transaction && now->changes == mark.changes &&
+           now->statements == mark.statements;
+}
+
 sqlite3* Connection::handle() const {
     if (!db) {
         throw error(ObjectInvalid);
@@ -284,9 +297,11 @@ void abandonTransaction(sqlite3* db) {
     }
 }
 
-OwnTransaction::OwnTransaction(sqlite3* db) : db_(db), open_(sqlite3_get_autocommit(db) != 0) {
+OwnTransaction::OwnTransaction(Connection& connection)
+    : db_(connection.handle()), open_(sqlite3_get_autocommit(db_) != 0) {
     if (open_) {
         run(db_, QStringLiteral("BEGIN IMMEDIATE"));
+        connection.transactionBegun();
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 // What the embedded backend's database and cursors share: the open handle, prepared
@@ -40,7 +41,22 @@ struct Connection {
     void levelKept(int level);
     void levelUndone(int level);
 
+    // While one transaction stands open and this connection changes nothing, no other program
+    // can commit either: what was read meanwhile is still what the file holds. A mark says when
+    // a read was made; none is given outside a transaction.
+    struct ReadMark {
+        quint64 transaction;
+        qint64 changes;
+        quint64 statements;
+    };
+    std::optional<ReadMark> readMark() const;
+    bool unchangedSince(const ReadMark& mark) const;
+    void transactionBegun() { ++transactionsBegun_; }
+    void statementRun() { ++statementsRun_; }  // a definition changes no row but may change reads
+
 private:
+    quint64 transactionsBegun_ = 0;
+    quint64 statementsRun_ = 0;
     struct CursorState {
         int level;
         const void* cursor;
@@ -104,7 +120,7 @@ void abandonTransaction(sqlite3* db);
 // transaction that nobody will end.
 class OwnTransaction {
 public:
-    explicit OwnTransaction(sqlite3* db);
+    explicit OwnTransaction(Connection& connection);
     ~OwnTransaction();
     OwnTransaction(const OwnTransaction&) = delete;
     OwnTransaction& operator=(const OwnTransaction&) = delete;
