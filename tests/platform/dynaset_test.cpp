@@ -6,6 +6,8 @@
 
 #include <QTemporaryDir>
 
+#include <functional>
+
 #include "fixtures.h"
 
 #include <gtest/gtest.h>
@@ -116,6 +118,83 @@ TEST_F(DynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwa
     unit.commit();
     EXPECT_EQ(testing_support::rowsOf(*other, "SELECT name FROM emp WHERE id = 2"),
               QStringList({"b3"}));
+}
+
+}  // namespace
+
+namespace {
+
+// Rows read at an open inside a read or a unit stand in for the rows' first visits only while
+// nothing can have changed them.
+TEST_F(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
+    auto other = engine::openDatabase(path);
+    const struct {
+        const char* name;
+        std::function<void(std::unique_ptr<engine::Recordset>&)> openAndChange;
+        const char* third;
+    } cases[] = {
+        {"read, unchanged",
+         [&](auto& rs) {
+             engine::ReadScope together(*db);
+             rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+         },
+         "c"},
+        {"another program, once the read is over",
+         [&](auto& rs) {
+             {
+                 engine::ReadScope together(*db);
+                 rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+             }
+             other->execute("UPDATE emp SET name = 'c2' WHERE id = 3");
+         },
+         "c2"},
+        {"another program, between two reads",
+         [&](auto& rs) {
+             {
+                 engine::ReadScope together(*db);
+                 rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+             }
+             other->execute("UPDATE emp SET name = 'c3' WHERE id = 3");
+             engine::ReadScope again(*db);
+             rs->moveNext();
+             rs->moveNext();
+             EXPECT_EQ(rt::CStr(rs->field("name").value()), "c3");
+             rs->moveFirst();
+         },
+         "c3"},
+        {"a statement inside the unit",
+         [&](auto& rs) {
+             engine::Transaction unit(*db);
+             rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+             db->execute("UPDATE emp SET name = 'c4' WHERE id = 3");
+             unit.commit();
+         },
+         "c4"},
+        {"another cursor inside the unit",
+         [&](auto& rs) {
+             engine::Transaction unit(*db);
+             rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
+             auto writer = db->openRecordset("SELECT * FROM emp WHERE id = 3");
+             writer->edit();
+             writer->setFieldValue(writer->fieldIndex("name"), rt::Variant(QString("c5")));
+             writer->update();
+             rs->moveNext();
+             rs->moveNext();
+             EXPECT_EQ(rt::CStr(rs->field("name").value()), "c5");
+             rs->moveFirst();
+             unit.commit();
+         },
+         "c5"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::unique_ptr<engine::Recordset> rs;
+        c.openAndChange(rs);
+        rs->moveNext();
+        rs->moveNext();
+        EXPECT_EQ(rt::CStr(rs->field("name").value()), c.third);
+        other->execute("UPDATE emp SET name = 'c' WHERE id = 3");
+    }
 }
 
 }  // namespace
