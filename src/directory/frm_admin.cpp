@@ -68,7 +68,9 @@ ReportList::Row entryRow(qint16 type, const RecSet& rs, const EntryColumns& colu
     static const QString editions[] = {QStringLiteral("ASD"), QStringLiteral("AGD"),
                                        QStringLiteral("AGP"), QStringLiteral("CSD")};
     const rt::Variant id = rs.ColsAt(columns.id);
-    QStringList cells{rt::CStr(rs.ColsAt(columns.name))};
+    QStringList cells;
+    cells.reserve(6);
+    cells << rt::CStr(rs.ColsAt(columns.name));
     if (type == 0) {
         cells << rt::CStr(rs.ColsAt(columns.logon))
               << gLevelNames(rt::CInt(rs.ColsAt(columns.accLevel)) - 1) << rt::CStr(id) << loggedIn;

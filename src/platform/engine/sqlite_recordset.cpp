@@ -5,8 +5,15 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <iterator>
 
 namespace engine {
+
+namespace {
+
+constexpr int kKeptRowsPerBlock = 1024;
+
+}  // namespace
 
 SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
                                  const dialect::Statement& statement, QString source)
@@ -156,14 +163,20 @@ void SqliteRecordset::load() {
         } else {
             row.rowid = qint64(rows_.size());
         }
-        if (!keyed() || rows_.empty() || mark) {
-            // The first row is the current one: read now, it needs no second look-up.
-            std::vector<rt::Variant>& values =
-                keyed() ? keptFromOpen_.emplace_back() : readAtOpen_.emplace_back();
-            values.reserve(count);
-            for (int c = 0; c < count; ++c) {
-                values.push_back(readColumn(statement.get(), c + first, columns_[c].info.type));
+        std::vector<rt::Variant>* values = nullptr;
+        if (!keyed()) {
+            values = &readAtOpen_.emplace_back();
+            values->reserve(count);
+        } else if (mark || rows_.empty()) {
+            // Without a mark only the first row is kept: the cursor stands on it at once.
+            if (rows_.size() % kKeptRowsPerBlock == 0) {
+                keptFromOpen_.emplace_back().reserve(size_t(count) *
+                                                     (mark ? kKeptRowsPerBlock : 1));
             }
+            values = &keptFromOpen_.back();
+        }
+        for (int c = 0; values && c < count; ++c) {
+            values->push_back(readColumn(statement.get(), c + first, columns_[c].info.type));
         }
         rows_.push_back(row);
     }
@@ -177,13 +190,12 @@ void SqliteRecordset::load() {
         bof_ = eof_ = false;
         visit(0);
         if (keyed()) {
-            current_ = std::move(keptFromOpen_[0]);
-            currentRead_ = 0;
-            keptLeft_ = keptFromOpen_.size() - 1;
+            keptLeft_ = mark ? rows_.size() : 1;
+            keptUnvisited_.assign(keptLeft_, true);
             keptMark_ = mark;
-            if (!mark || keptLeft_ == 0) {
-                dropKeptValues();
-            }
+            // The first row was read for the cursor to stand on, with or without a mark.
+            moveKeptValues(0, current_);
+            currentRead_ = 0;
         }
     }
 }
@@ -239,7 +251,7 @@ const std::vector<rt::Variant>& SqliteRecordset::currentValues() const {
 }
 
 bool SqliteRecordset::takeKeptValues(int index, std::vector<rt::Variant>& values) const {
-    if (keptFromOpen_.empty()) {
+    if (keptLeft_ == 0) {
         return false;
     }
     if (!connection_->unchangedSince(*keptMark_)) {
@@ -247,19 +259,27 @@ bool SqliteRecordset::takeKeptValues(int index, std::vector<rt::Variant>& values
         return false;
     }
     // Rows are only ever added after those read at open, so an index still names the same row.
-    if (index >= int(keptFromOpen_.size()) || keptFromOpen_[index].empty()) {
+    if (index >= int(keptUnvisited_.size()) || !keptUnvisited_[index]) {
         return false;
     }
-    values = std::move(keptFromOpen_[index]);
-    keptFromOpen_[index] = {};
+    moveKeptValues(index, values);
+    return true;
+}
+
+void SqliteRecordset::moveKeptValues(int index, std::vector<rt::Variant>& values) const {
+    const qsizetype width = qsizetype(columns_.size());
+    const auto first =
+        keptFromOpen_[index / kKeptRowsPerBlock].begin() + (index % kKeptRowsPerBlock) * width;
+    values.assign(std::make_move_iterator(first), std::make_move_iterator(first + width));
+    keptUnvisited_[index] = false;
     if (--keptLeft_ == 0) {
         dropKeptValues();
     }
-    return true;
 }
 
 void SqliteRecordset::dropKeptValues() const {
     keptFromOpen_ = {};
+    keptUnvisited_ = {};
     keptLeft_ = 0;
 }
 

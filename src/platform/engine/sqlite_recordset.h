@@ -85,6 +85,7 @@ private:
     // The row's values as read at open, while they are still what the file holds; each is
     // handed out once.
     bool takeKeptValues(int index, std::vector<rt::Variant>& values) const;
+    void moveKeptValues(int index, std::vector<rt::Variant>& values) const;
     void dropKeptValues() const;
     void visit(int index);
     void leaveEdit();
@@ -106,7 +107,9 @@ private:
     std::vector<Row> rows_;
     std::vector<std::vector<rt::Variant>> readAtOpen_;  // the values, for rows without a table
     // Values of rows with a table, read at open inside a transaction, for their first visit.
+    // Row after row, a value for each column, in blocks of many rows: a fill reads thousands.
     mutable std::vector<std::vector<rt::Variant>> keptFromOpen_;
+    mutable std::vector<bool> keptUnvisited_;
     mutable size_t keptLeft_ = 0;
     std::optional<Connection::ReadMark> keptMark_;
     mutable std::unique_ptr<Prepared> fetchStatement_;
