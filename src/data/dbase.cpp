@@ -1,6 +1,7 @@
 #include "data/dbase.h"
 
 #include "data/session.h"
+#include "platform/convert.h"
 #include "platform/ui.h"
 
 DBase gDBase;
@@ -48,6 +49,23 @@ bool DBase::DBInit(const QString& localDBS) {
 void DBase::ReadTogether(const std::function<void()>& reads) {
     engine::ReadScope scope(db());
     reads();
+}
+
+QSet<qint32> DBase::IdsOf(const QString& sql) {
+    QSet<qint32> ids;
+    ReadTogether([&] {
+        auto rows = OpenRecordset(sql);
+        if (rows->RecordCount() > 0) {
+            const int id = rows->ColumnIndex(QStringLiteral("id"));
+            rows->MoveFirst();
+            while (!rows->Eof()) {
+                ids.insert(rt::CLng(rows->ColsAt(id)));
+                rows->MoveNext();
+            }
+        }
+        rows->CloseRS();
+    });
+    return ids;
 }
 
 bool DBase::RunAsOneUnit(const std::function<void()>& command) {

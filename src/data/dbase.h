@@ -3,6 +3,7 @@
 #include "data/recset.h"
 #include "platform/engine/engine.h"
 
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -28,6 +29,10 @@ public:
     // Runs the reads of many rows under one read lock, so that they come from one moment and
     // the lock isn't taken and dropped for every row. Nothing may be written meanwhile.
     void ReadTogether(const std::function<void()>& reads);
+    // The "id" column of every row of the query, read together: one query answers "is this
+    // entry among them" for a whole list, where a search of a cursor per entry would take one
+    // pass each.
+    QSet<qint32> IdsOf(const QString& sql);
 
     std::unique_ptr<engine::Database> theDb;
     // Shows the first run's progress in the caption of the logon window, which stands above

@@ -90,20 +90,8 @@ ReportList::Row entryRow(qint16 type, const RecSet& rs, const EntryColumns& colu
 // row left behind by a run that ended reads as logged in, and the comparison is the database's
 // own, as if each employee's id were looked up in rts.
 QSet<qint32> employeesWithSessions() {
-    QSet<qint32> ids;
-    gDBase.ReadTogether([&] {
-        auto sessions = gDBase.OpenRecordset(
-            QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
-        if (sessions->RecordCount() > 0) {
-            sessions->MoveFirst();
-            while (!sessions->Eof()) {
-                ids.insert(rt::CLng(sessions->ColsAt(0)));
-                sessions->MoveNext();
-            }
-        }
-        sessions->CloseRS();
-    });
-    return ids;
+    return gDBase.IdsOf(
+        QStringLiteral("SELECT id FROM users WHERE type = 0 AND id IN (SELECT uid FROM rts)"));
 }
 
 }  // namespace

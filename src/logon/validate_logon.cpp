@@ -64,10 +64,11 @@ void fillReachableEntries(qint32 userId) {
     // One read of the file: the rows are read at the open and not again at each visit.
     gDBase.ReadTogether([&] {
         std::unique_ptr<RecSet> list;
-        std::unique_ptr<RecSet> memberships;
+        QSet<qint32> memberships;
         if (accessAll) {
             list = gDBase.OpenRecordset("SELECT * FROM users WHERE id <> " + n + " ORDER BY name");
-            memberships = gDBase.OpenRecordset(
+            // Whether an entry's id is among these says what a search of them for it would.
+            memberships = gDBase.IdsOf(
                 "SELECT * FROM users WHERE id IN (SELECT userid FROM extaccess WHERE extid = " + n +
                 ") AND type > 0 AND type < 3");
         } else {
@@ -87,9 +88,7 @@ void fillReachableEntries(qint32 userId) {
                 entry.id = rt::CLng(list->ColsAt(id));
                 entry.Type = rt::CInt(list->ColsAt(type));
                 if (entry.Type == 1) {
-                    entry.bMember =
-                        accessAll ? memberships->FindFirst("id = " + QString::number(entry.id))
-                                  : true;
+                    entry.bMember = accessAll ? memberships.contains(entry.id) : true;
                 }
                 list->MoveNext();
             }
