@@ -1,12 +1,15 @@
-// The baselines of the process benchmarks. ORVANE_BENCH_MODE=start: a Qt program that shows a
-// dialog and exits as soon as it is shown. ORVANE_BENCH_MODE=memory: starts Qt, opens the
-// database given as its argument and reads from it, then prints its peak resident memory.
+// The baselines of the process benchmarks. ORVANE_BENCH_MODE=start: a Qt program that shows an
+// empty dialog and exits as soon as it is shown; start-text: the same with a label and a box.
+// ORVANE_BENCH_MODE=memory: starts Qt, opens the database given as its argument and reads from it,
+// then prints its peak resident memory.
 
 #include "exit_when_shown.h"
 #include "peak_memory.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QFormLayout>
+#include <QLineEdit>
 
 #include <sqlite3.h>
 #include <unistd.h>
@@ -33,6 +36,10 @@ int main(int argc, char** argv) {
     app.installEventFilter(&watch);
     QDialog dialog;
     dialog.setObjectName(QStringLiteral("dialog"));
+    if (qgetenv("ORVANE_BENCH_MODE") == "start-text") {
+        auto* layout = new QFormLayout(&dialog);
+        layout->addRow(QStringLiteral("Logon"), new QLineEdit);
+    }
     dialog.show();
     return app.exec();
 }

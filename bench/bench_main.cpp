@@ -293,6 +293,8 @@ int main(int argc, char** argv) {
         summary.deletionCheck("deletion_all", size);
     }
     summary.ratio("start to the logon window", "start", "console", "bare_qt", plan.memorySize, 1.3);
+    summary.ratio("  against a dialog with text", "start", "console", "bare_qt_text",
+                  plan.memorySize, std::nullopt);
     summary.memory(plan.memorySize, 80);
     summary.reloads(plan.reloadSize);
     return 0;

@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
     // A child that never gets there must not hang the benchmark.
     QTimer::singleShot(120000, [] { _exit(3); });
 
+    frmAdmin::LogOn();
     frmAdmin console;
     QTimer filled;
     if (memory) {
@@ -48,6 +49,6 @@ int main(int argc, char** argv) {
         });
         filled.start(1);
     }
-    console.show();
+    console.OpenSession();
     return app.exec();
 }

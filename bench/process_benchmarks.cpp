@@ -126,10 +126,11 @@ void rememberForConsoleChild(const QString& database) {
     WriteIni(QStringLiteral("WP"), section, QString());
 }
 
-void startProgram(benchmark::State& state, const QString& program) {
+void startProgram(benchmark::State& state, const QString& program,
+                  const std::string& mode = "start") {
     rememberForConsoleChild(directoryDatabase(int(state.range(0))));
     for (auto _ : state) {
-        const Finished finished = runProgram(program, {}, "start", false);
+        const Finished finished = runProgram(program, {}, mode, false);
         if (finished.status != 0) {
             state.SkipWithError("the program didn't reach its window");
             return;
@@ -184,6 +185,14 @@ void registerProcessBenchmarks(const Plan& plan) {
         ->Iterations(20);
     benchmark::RegisterBenchmark(
         "start/bare_qt", [](benchmark::State& state) { startProgram(state, bareQtProgram()); })
+        ->Arg(size)
+        ->Unit(benchmark::kMillisecond)
+        ->UseManualTime()
+        ->Iterations(20);
+    // A window with any text starts the font database, which the empty dialog never does.
+    benchmark::RegisterBenchmark(
+        "start/bare_qt_text",
+        [](benchmark::State& state) { startProgram(state, bareQtProgram(), "start-text"); })
         ->Arg(size)
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime()

@@ -17,8 +17,9 @@ int main(int argc, char** argv) {
     platform::QtUi ui;
     platform::setUi(&ui);
 
-    // The console is the start-up window: its first activation starts the session.
+    // The logon window comes first, alone; the console is built once an administrator is in.
+    frmAdmin::LogOn();
     frmAdmin console;
-    console.show();
+    console.OpenSession();
     return app.exec();
 }

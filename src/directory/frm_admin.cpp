@@ -114,6 +114,13 @@ frmAdmin::frmAdmin() {
     tabAdmin->setTabVisible(Branches, false);  // kept with all its logic, out of reach
 }
 
+frmAdmin::~frmAdmin() {
+    // Windows made later must not take a console that is gone for their owner.
+    if (gConsoleForm == this) {
+        gConsoleForm = nullptr;
+    }
+}
+
 void frmAdmin::buildMenus() {
     auto action = [this](QMenu* menu, const QString& name, const QString& caption) {
         QAction* a = menu->addAction(caption);
@@ -270,12 +277,16 @@ void frmAdmin::Form_Activate() {
     if (bStarted) {
         return;
     }
-    bStarted = true;
-    helpFile_ = platform::joinPath(platform::programFolder(), QStringLiteral("lattsers.hlp"));
+    bStarted = true;  // the logon's own window must not start a second one
     StartSession();
 }
 
 void frmAdmin::StartSession() {
+    LogOn();
+    OpenSession();
+}
+
+void frmAdmin::LogOn() {
     try {
         frmStartUp logon;
         if (!logon.ShowMe(false, false, true)) {
@@ -286,6 +297,15 @@ void frmAdmin::StartSession() {
             ShowMsg(QStringLiteral("You must be an administrator to access this program."));
             End(platform::kExitFailure);
         }
+    } catch (const rt::Error& failure) {
+        platform::failRun(failure);
+    }
+}
+
+void frmAdmin::OpenSession() {
+    bStarted = true;
+    helpFile_ = platform::joinPath(platform::programFolder(), QStringLiteral("lattsers.hlp"));
+    try {
         ShowBusy();
         InitTerminology();
         tabAdmin->setCurrentIndex(Employees);

@@ -35,9 +35,15 @@ public:
     };
 
     frmAdmin();
+    ~frmAdmin() override;
 
     // Logs on, admits only the administrator level, and fills and shows the console.
     void StartSession();
+    // The logon with its window, which needs no console behind it: the run ends unless an
+    // administrator logged on.
+    static void LogOn();
+    // After the logon: fills the console and shows it.
+    void OpenSession();
     // An older, softer version test than the logon's; no step of the program calls it.
     bool VerifyDatabase(std::unique_ptr<RecSet>& rsOut);
     // Fills the list of that kind of entry and puts a fresh cursor on its rows into `rs`.

@@ -12,6 +12,7 @@
 #include "platform/os.h"
 #include "settings/settings_file.h"
 #include "settings/terminology.h"
+#include "util/report_list.h"
 
 #include <QLineEdit>
 #include <QMenu>
@@ -83,6 +84,27 @@ TEST_F(ConsoleStartTest, AnAdministratorGetsTheConsoleAndItsHelp) {
     EXPECT_EQ(ui.helpShown,
               std::vector<QString>{platform::joinPath(platform::programFolder(), "lattsers.hlp")});
     console.hide();
+}
+
+// The program's own order: the logon window stands alone, and the console is built after it.
+TEST_F(ConsoleStartTest, TheLogonWindowComesBeforeAnyConsoleIsBuilt) {
+    auto gone = std::make_unique<frmAdmin>();
+    gone.reset();
+    bool consoleBehind = true;
+    ui.modalScripts.push_back([&](QWidget* w) {
+        consoleBehind = gConsoleForm != nullptr;
+        auto* window = static_cast<frmStartUp*>(w);
+        window->txtLogon->setText("admin");
+        window->txtPassword->setText("orvane");
+        window->cmdOK_Click();
+    });
+    frmAdmin::LogOn();
+    EXPECT_FALSE(consoleBehind);
+    frmAdmin later;
+    later.OpenSession();
+    EXPECT_TRUE(later.isVisible());
+    EXPECT_GT(later.lstEmployees->rowCount(), 0);
+    later.hide();
 }
 
 TEST_F(ConsoleStartTest, ALevelNineLogonIsRefusedAfterItsSettingsWereWritten) {
