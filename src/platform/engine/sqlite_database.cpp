@@ -284,7 +284,7 @@ std::unique_ptr<Recordset> SqliteDatabase::openRecordset(const QString& source) 
 void SqliteDatabase::execute(const QString& sql) {
     sqlite3* db = connection_->handle();
     const dialect::Statement statement = dialect::analyse(sql);
-    connection_->statementRun();
+    connection_->writeMade();
     switch (statement.kind) {
         case dialect::Statement::Select:
         case dialect::Statement::TableName:
@@ -365,6 +365,7 @@ void SqliteDatabase::deleteTable(const QString& name) {
     if (!tableExists(db, QStringLiteral("main"), name)) {
         throw error(ItemNotFound);
     }
+    connection_->writeMade();
     run(db, "DROP TABLE " + quoteName(name));
 }
 
@@ -383,6 +384,7 @@ rt::Variant SqliteDatabase::property(const QString& name) const {
 
 void SqliteDatabase::setProperty(const QString& name, const rt::Variant& value) {
     sqlite3* db = connection_->handle();
+    connection_->writeMade();
     run(db, "CREATE TABLE IF NOT EXISTS " + kPropertiesTable +
                 " (name TEXT PRIMARY KEY COLLATE NOCASE, value)");
     Prepared write(db,

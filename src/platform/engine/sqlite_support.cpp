@@ -1,5 +1,7 @@
 #include "platform/engine/sqlite_support.h"
 
+#include "platform/engine/field_types.h"
+
 #include "platform/convert.h"
 #include "platform/dates.h"
 #include "platform/engine/engine.h"
@@ -61,17 +63,8 @@ void Connection::giveBackStatement(QByteArray sql, sqlite3_stmt* statement) {
     }
 }
 
-std::optional<Connection::ReadMark> Connection::readMark() const {
-    if (!db || sqlite3_get_autocommit(db)) {
-        return std::nullopt;
-    }
-    return ReadMark{transactionsBegun_, sqlite3_total_changes64(db), statementsRun_};
-}
-
-bool Connection::unchangedSince(const ReadMark& mark) const {
-    const std::optional<ReadMark> now = readMark();
-    return now && now->transaction == mark.transaction && now->changes == mark.changes &&
-           now->statements == mark.statements;
+bool Connection::inTransaction() const {
+    return db && !sqlite3_get_autocommit(db);
 }
 
 sqlite3* Connection::handle() const {
@@ -79,51 +72,6 @@ sqlite3* Connection::handle() const {
         throw error(ObjectInvalid);
     }
     return db;
-}
-
-void Connection::rememberCursor(const void* cursor, std::function<void()> restore) {
-    if (transactionDepth == 0) {
-        return;
-    }
-    for (const CursorState& state : cursorStates_) {
-        if (state.cursor == cursor && state.level == transactionDepth) {
-            return;
-        }
-    }
-    cursorStates_.push_back({transactionDepth, cursor, std::move(restore)});
-}
-
-void Connection::forgetCursor(const void* cursor) {
-    std::erase_if(cursorStates_,
-                  [cursor](const CursorState& state) { return state.cursor == cursor; });
-}
-
-void Connection::levelKept(int level) {
-    std::vector<CursorState> kept;
-    for (CursorState& state : cursorStates_) {
-        if (state.level < level) {
-            kept.push_back(std::move(state));
-            continue;
-        }
-        const bool outer = std::any_of(kept.begin(), kept.end(), [&](const CursorState& k) {
-            return k.cursor == state.cursor && k.level == level - 1;
-        });
-        if (level > 1 && !outer) {
-            state.level = level - 1;
-            kept.push_back(std::move(state));
-        }
-    }
-    cursorStates_ = std::move(kept);
-}
-
-void Connection::levelUndone(int level) {
-    // The newest first, so that a cursor changed at several levels ends as it stood before the
-    // outermost of them.
-    while (!cursorStates_.empty() && cursorStates_.back().level >= level) {
-        const std::function<void()> restore = std::move(cursorStates_.back().restore);
-        cursorStates_.pop_back();
-        restore();
-    }
 }
 
 rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql, FailureContext context) {
@@ -318,65 +266,6 @@ void OwnTransaction::commit() {
     }
 }
 
-int fieldTypeOf(const QString& declared) {
-    const QString d = declared.toUpper();
-    if (d.isEmpty()) {
-        return 0;
-    }
-    struct Rule {
-        const char* word;
-        int type;
-    };
-    // Longer words first, so that SMALLINT is not taken for INT.
-    static const Rule rules[] = {
-        {"LONGTEXT", dbMemo},     {"MEMO", dbMemo},        {"LONGBINARY", dbLongBinary},
-        {"BLOB", dbLongBinary},   {"IMAGE", dbLongBinary}, {"VARBINARY", dbBinary},
-        {"BINARY", dbBinary},     {"BIT", dbBoolean},      {"BOOL", dbBoolean},
-        {"YESNO", dbBoolean},     {"TINYINT", dbByte},     {"BYTE", dbByte},
-        {"SMALLINT", dbInteger},  {"SHORT", dbInteger},    {"BIGINT", dbBigInt},
-        {"COUNTER", dbLong},      {"INT", dbLong},         {"LONG", dbLong},
-        {"CURRENCY", dbCurrency}, {"MONEY", dbCurrency},   {"SINGLE", dbSingle},
-        {"REAL4", dbSingle},      {"DOUBLE", dbDouble},    {"FLOAT", dbDouble},
-        {"REAL", dbDouble},       {"DECIMAL", dbDecimal},  {"NUMERIC", dbDecimal},
-        {"DATE", dbDate},         {"TIME", dbDate},        {"GUID", dbGUID},
-        {"CHAR", dbText},         {"TEXT", dbText},        {"STRING", dbText},
-    };
-    for (const Rule& rule : rules) {
-        if (d.contains(QLatin1String(rule.word))) {
-            return rule.type;
-        }
-    }
-    return 0;
-}
-
-qint32 fieldSizeOf(int type, const QString& declared) {
-    switch (type) {
-        case dbBoolean:
-        case dbByte:
-            return 1;
-        case dbInteger:
-            return 2;
-        case dbLong:
-        case dbSingle:
-            return 4;
-        case dbCurrency:
-        case dbDouble:
-        case dbDate:
-        case dbBigInt:
-            return 8;
-        case dbGUID:
-            return 16;
-        case dbText:
-        case dbBinary: {
-            static const QRegularExpression size(QStringLiteral("\\(\\s*(\\d+)\\s*\\)"));
-            const auto match = size.match(declared);
-            return match.hasMatch() ? match.captured(1).toInt() : 255;
-        }
-        default:
-            return 0;
-    }
-}
-
 rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
     const int stored = sqlite3_column_type(statement, column);
     if (stored == SQLITE_NULL) {
@@ -438,55 +327,6 @@ rt::Variant readColumn(sqlite3_stmt* statement, int column, int type) {
             return rt::Variant(blob());
         default:
             return rt::Variant(text());
-    }
-}
-
-rt::Variant coerce(const rt::Variant& value, int type, qint32 size) {
-    if (value.isNull() || value.isEmpty()) {
-        return rt::Variant::null();
-    }
-    try {
-        switch (type) {
-            case dbBoolean:
-                return rt::Variant(rt::CBool(value));
-            case dbByte: {
-                const qint16 number = rt::CInt(value);
-                if (number < 0 || number > 255) {
-                    throw rt::Error::standard(rt::Overflow);
-                }
-                return rt::Variant(number);
-            }
-            case dbInteger:
-                return rt::Variant(rt::CInt(value));
-            case dbLong:
-                return rt::Variant(int(rt::CLng(value)));
-            case dbCurrency:
-                return rt::Variant::currency(rt::CCur(value));
-            case dbSingle:
-                return rt::Variant(rt::CSng(value));
-            case dbDouble:
-            case dbDecimal:
-            case dbBigInt:
-                return rt::Variant(rt::CDbl(value));
-            case dbDate:
-                return rt::Variant::date(rt::CDate(value));
-            case dbBinary:
-            case dbLongBinary:
-                return value.type() == rt::VarType::Bytes ? value
-                                                          : rt::Variant(rt::CStr(value).toUtf8());
-            default: {
-                const QString text = rt::CStr(value);
-                if (type == dbText && size > 0 && text.size() > size) {
-                    throw error(DataTooLong);
-                }
-                return rt::Variant(text);
-            }
-        }
-    } catch (const rt::Error& failure) {
-        if (failure.number() == rt::TypeMismatch) {
-            throw error(ConversionError);
-        }
-        throw;
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/engine/connection_state.h"
+#include "platform/engine/field_types.h"
 #include "platform/rt_error.h"
 #include "platform/variant.h"
 
@@ -16,10 +18,9 @@
 // statements, and the mapping of values and failures between SQLite and the engine.
 namespace engine {
 
-struct Connection {
+struct Connection : ConnectionState {
     sqlite3* db = nullptr;
-    int transactionDepth = 0;
-    ~Connection();
+    ~Connection() override;
     sqlite3* handle() const;  // raises 3420 once closed
     // Finalizes the statements kept for reuse and closes the handle; statements still held by
     // cursors are finalized when they are given back.
@@ -31,38 +32,10 @@ struct Connection {
     // Reset and unbound, it waits for the next use (the least recently used go past a limit).
     void giveBackStatement(QByteArray sql, sqlite3_stmt* statement);
 
-    // A cursor's rows cached before its first change inside an open transaction level: when the
-    // level is undone, the cursor is put back as it stood, so that it shows what the file holds
-    // and an interrupted AddNew or Edit can be tried again.
-    void rememberCursor(const void* cursor, std::function<void()> restore);
-    void forgetCursor(const void* cursor);
-    // The level ended. Kept, its cursors' states belong to the level around it (the older one
-    // wins); undone, its cursors and those of every level inside it are put back.
-    void levelKept(int level);
-    void levelUndone(int level);
-
-    // While one transaction stands open and this connection changes nothing, no other program
-    // can commit either: what was read meanwhile is still what the file holds. A mark says when
-    // a read was made; none is given outside a transaction.
-    struct ReadMark {
-        quint64 transaction;
-        qint64 changes;
-        quint64 statements;
-    };
-    std::optional<ReadMark> readMark() const;
-    bool unchangedSince(const ReadMark& mark) const;
-    void transactionBegun() { ++transactionsBegun_; }
-    void statementRun() { ++statementsRun_; }  // a definition changes no row but may change reads
+protected:
+    bool inTransaction() const override;
 
 private:
-    quint64 transactionsBegun_ = 0;
-    quint64 statementsRun_ = 0;
-    struct CursorState {
-        int level;
-        const void* cursor;
-        std::function<void()> restore;
-    };
-    std::vector<CursorState> cursorStates_;
     struct Idle {
         QByteArray sql;
         sqlite3_stmt* statement;
@@ -131,16 +104,8 @@ private:
     bool open_;
 };
 
-// The engine type of a declared column type; 0 where the declaration says nothing.
-int fieldTypeOf(const QString& declaredType);
-qint32 fieldSizeOf(int type, const QString& declaredType);
-
 // A stored value as a variant of the column's engine type (0: by what is stored).
 rt::Variant readColumn(sqlite3_stmt* statement, int column, int type);
-
-// A value made fit for a column of that type and size: 3421 when it can't be, 3163 when a
-// text is too long.
-rt::Variant coerce(const rt::Variant& value, int type, qint32 size);
 
 QString quoteName(const QString& name);
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace engine {
+
+// What a backend's connection keeps for the cursors on it, whatever the backend: the levels of
+// transaction open, the cursors to put back when one is undone, and when reads stay true.
+class ConnectionState {
+public:
+    virtual ~ConnectionState() = default;
+
+    int transactionDepth = 0;
+
+    // A cursor's rows cached before its first change inside an open transaction level: when the
+    // level is undone, the cursor is put back as it stood, so that it shows what the database
+    // holds and an interrupted AddNew or Edit can be tried again.
+    void rememberCursor(const void* cursor, std::function<void()> restore);
+    void forgetCursor(const void* cursor);
+    // The level ended. Kept, its cursors' states belong to the level around it (the older one
+    // wins); undone, its cursors and those of every level inside it are put back.
+    void levelKept(int level);
+    void levelUndone(int level);
+
+    // While one transaction stands open and this connection changes nothing, no other program
+    // can commit either: what was read meanwhile is still what the database holds. A mark says
+    // when a read was made; none is given outside a transaction.
+    struct ReadMark {
+        quint64 transaction;
+        quint64 writes;
+    };
+    std::optional<ReadMark> readMark() const;
+    bool unchangedSince(const ReadMark& mark) const;
+    void transactionBegun() { ++transactionsBegun_; }
+    // Any statement that may change rows or definitions, run by the engine or through a cursor.
+    void writeMade() { ++writes_; }
+
+protected:
+    virtual bool inTransaction() const = 0;
+
+private:
+    quint64 transactionsBegun_ = 0;
+    quint64 writes_ = 0;
+    struct CursorState {
+        int level;
+        const void* cursor;
+        std::function<void()> restore;
+    };
+    std::vector<CursorState> cursorStates_;
+};
+
+}  // namespace engine
