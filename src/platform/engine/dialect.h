@@ -43,9 +43,8 @@ Tokens translated(const QString& sql);
 QString functionName(const char* name);
 
 // Whether `text` matches the pattern of a LIKE, without regard to case: * any run of characters,
-// ? one, # one digit, [a-c] one of a set or range, [!a] one not in it ([*] is a literal *). A
-// pattern that uses none of those but % or _ is read the ANSI way, % any run and _ one character.
-// Raises 3075 for a [ without its ].
+// ? one, # one digit, [a-c] one of a set or range, [!a] one not in it ([*] is a literal *). % and
+// _ are plain characters. Raises 3075 for a [ without its ].
 bool matchesPattern(const QString& text, const QString& pattern);
 
 struct Statement {
