@@ -16,16 +16,16 @@ constexpr int kKeptRowsPerBlock = 1024;
 
 }  // namespace
 
-Dynaset::Dynaset(ConnectionState& state, QString source, QString table)
-    : state_(state), source_(std::move(source)), table_(std::move(table)) {}
+Dynaset::Dynaset(std::shared_ptr<ConnectionState> state, QString source, QString table)
+    : state_(std::move(state)), source_(std::move(source)), table_(std::move(table)) {}
 
 Dynaset::~Dynaset() {
-    state_.forgetCursor(this);
+    state_->forgetCursor(this);
 }
 
 void Dynaset::rememberBeforeChange() {
     Snapshot before{rows_, position_, bof_, eof_, highestVisited_, mode_, buffer_, dirty_};
-    state_.rememberCursor(this, [this, before = std::move(before)] {
+    state_->rememberCursor(this, [this, before = std::move(before)] {
         rows_ = before.rows;
         currentRead_ = -1;
         position_ = before.position;
@@ -53,7 +53,7 @@ void Dynaset::load() {
     // Inside a transaction the values read now stay true until it ends or this connection
     // writes, so a walk through the rows needs no second look-up of each.
     const std::optional<ConnectionState::ReadMark> mark =
-        keyed() ? state_.readMark() : std::nullopt;
+        keyed() ? state_->readMark() : std::nullopt;
     readRows([&](qint64 key, const ValueReader& readValues) {
         Row row;
         row.key = keyed() ? key : qint64(rows_.size());
@@ -95,7 +95,7 @@ void Dynaset::load() {
 }
 
 void Dynaset::close() {
-    state_.forgetCursor(this);
+    state_->forgetCursor(this);
     closed_ = true;
     rows_.clear();
     readAtOpen_.clear();
@@ -148,7 +148,7 @@ bool Dynaset::takeKeptValues(int index, std::vector<rt::Variant>& values) const 
     if (keptLeft_ == 0) {
         return false;
     }
-    if (!keptMark_ || !state_.unchangedSince(*keptMark_)) {
+    if (!keptMark_ || !state_->unchangedSince(*keptMark_)) {
         dropKeptValues();
         return false;
     }
@@ -396,7 +396,7 @@ void Dynaset::addNew() {
         if (columns_[c].counter) {
             // The counter is taken at AddNew, as the engine does, so that the new row's id can be
             // read before Update; a cancelled row leaves its number unused.
-            state_.writeMade();
+            state_->writeMade();
             buffer_[c] = rt::Variant(int(reserveCounter(columns_[c].baseColumn)));
             dirty_[c] = true;
         }
@@ -413,7 +413,7 @@ void Dynaset::insertBuffer() {
             values.push_back(buffer_[c]);
         }
     }
-    state_.writeMade();
+    state_->writeMade();
     Row row;
     row.key = insertRow(names, values);
     row.appended = true;
@@ -434,7 +434,7 @@ void Dynaset::updateBuffer() {
         }
     }
     if (!names.isEmpty()) {
-        state_.writeMade();
+        state_->writeMade();
         if (!updateRow(rows_[position_].key, names, values)) {
             throw error(RecordDeleted);
         }
@@ -469,7 +469,7 @@ void Dynaset::deleteCurrent() {
     const qint64 key = currentRow().key;
     rememberBeforeChange();
     leaveEdit();
-    state_.writeMade();
+    state_->writeMade();
     deleteRow(key);
     rows_[position_].deleted = true;
 }

@@ -63,7 +63,7 @@ protected:
     using ValueReader = std::function<void(std::vector<rt::Variant>& values)>;
 
     // `table` is the one table whose rows can be written, empty when they can't.
-    Dynaset(ConnectionState& state, QString source, QString table);
+    Dynaset(std::shared_ptr<ConnectionState> state, QString source, QString table);
     // Reads the rows: the backend's constructor calls it once it can run the query.
     void load();
 
@@ -138,7 +138,8 @@ private:
     void insertBuffer();
     void updateBuffer();
 
-    ConnectionState& state_;
+    // Shared, so that it outlives the backend's own hold on it: the cursor leaves it last.
+    std::shared_ptr<ConnectionState> state_;
     QString source_;  // as the caller wrote it
     QString table_;
     std::vector<Column> columns_;

@@ -10,7 +10,7 @@ namespace engine {
 
 SqliteRecordset::SqliteRecordset(std::shared_ptr<Connection> connection,
                                  const dialect::Statement& statement, QString source)
-    : Dynaset(*connection, std::move(source), statement.updatableTable),
+    : Dynaset(connection, std::move(source), statement.updatableTable),
       connection_(std::move(connection)),
       itemTypes_(statement.itemTypes) {
     if (statement.kind == dialect::Statement::TableName) {
