@@ -144,13 +144,14 @@ Tokens tokenize(const QString& sql) {
 
 namespace {
 
-// One token as the embedded engine reads it.
-QString rendered(const Token& t) {
+// One token as the engine reads it. A server's names are folded to lower case, as it folds the
+// names it is given without quotes; the embedded engine's names compare without regard to case.
+QString rendered(const Token& t, bool server) {
     switch (t.kind) {
         case Token::String:
             return quoteString(t.text);
         case Token::Name:
-            return quoteName(t.text);
+            return quoteName(server ? t.text.toLower() : t.text);
         case Token::DateLiteral: {
             // Date literals are in US order whatever the machine's locale.
             const auto serial =
@@ -199,12 +200,14 @@ bool runTogether(const QString& before, const QString& after) {
 
 }  // namespace
 
-QString render(const Tokens& tokens, size_t first, size_t last) {
+namespace {
+
+QString renderTokens(const Tokens& tokens, size_t first, size_t last, bool server) {
     QString out;
     QString previous;
     last = std::min(last, tokens.size());
     for (size_t i = first; i < last; ++i) {
-        const QString text = rendered(tokens[i]);
+        const QString text = rendered(tokens[i], server);
         if (!previous.isEmpty() && runTogether(previous, text)) {
             out += ' ';
         }
@@ -212,6 +215,16 @@ QString render(const Tokens& tokens, size_t first, size_t last) {
         previous = text;
     }
     return out;
+}
+
+}  // namespace
+
+QString render(const Tokens& tokens, size_t first, size_t last) {
+    return renderTokens(tokens, first, last, false);
+}
+
+QString renderForServer(const Tokens& tokens, size_t first, size_t last) {
+    return renderTokens(tokens, first, last, true);
 }
 
 std::vector<size_t> topLevel(const Tokens& tokens) {
@@ -465,6 +478,18 @@ const Function* functionCalled(const QString& name) {
     return nullptr;
 }
 
+bool callsAggregate(const Tokens& tokens) {
+    for (size_t i = 0; i < tokens.size(); ++i) {
+        if (isCall(tokens, i)) {
+            const Function* function = functionCalled(tokens[i].text);
+            if (function && function->aggregate) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 int argumentCount(const Tokens& tokens, size_t open, size_t close) {
     if (nextSignificant(tokens, open + 1) == close) {
         return 0;
@@ -644,6 +669,38 @@ Tokens translated(const QString& sql) {
     return tokens;
 }
 
+Tokens likeAsCalls(const Tokens& source) {
+    Tokens tokens = source;
+    for (size_t i = 0; i < tokens.size(); ++i) {
+        if (!tokens[i].isWord("like")) {
+            continue;
+        }
+        const size_t before = previousSignificant(tokens, i);
+        const bool negated = before != npos && tokens[before].isWord("not");
+        const size_t op = negated ? before : i;
+        const size_t first = leftOperand(tokens, op);
+        const size_t end = rightOperand(tokens, i);
+        if (first == npos || end == npos) {
+            throw error(SyntaxError, QStringLiteral("Syntax error (missing operator)"),
+                        render(source));
+        }
+        Tokens call;
+        if (negated) {
+            call = {{Token::Word, "NOT"}, {Token::Space, " "}};
+        }
+        call.push_back({Token::Word, functionName("Like")});
+        call.push_back({Token::Symbol, "("});
+        call.insert(call.end(), tokens.begin() + i + 1, tokens.begin() + end);
+        call.push_back({Token::Symbol, ","});
+        call.insert(call.end(), tokens.begin() + first, tokens.begin() + op);
+        call.push_back({Token::Symbol, ")"});
+        tokens.erase(tokens.begin() + first, tokens.begin() + end);
+        tokens.insert(tokens.begin() + first, call.begin(), call.end());
+        i = first + call.size() - 1;
+    }
+    return tokens;
+}
+
 namespace {
 
 // One place of a LIKE pattern: a run of any length, or one character of a kind.
@@ -769,7 +826,8 @@ Statement analyse(const QString& sql) {
     }
     statement.kind = Statement::Select;
     statement.itemTypes = itemTypesOf(tokens);
-    statement.updatableTable = updatableTableOf(tokens, top);
+    // A row of totals stands for many rows, none of which it could be written back to.
+    statement.updatableTable = callsAggregate(tokens) ? QString() : updatableTableOf(tokens, top);
     return statement;
 }
 

@@ -27,6 +27,13 @@ Tokens tokenize(const QString& sql);
 // tokens wherever the engine would otherwise read them as one or as a comment.
 QString render(const Tokens& tokens, size_t first = 0, size_t last = size_t(-1));
 
+// The same for a database server: names folded to lower case, as the server folds unquoted ones.
+QString renderForServer(const Tokens& tokens, size_t first = 0, size_t last = size_t(-1));
+
+// LIKE written as the engine function's call, pattern first, for an engine whose own LIKE reads
+// other wildcards; NOT LIKE as NOT of it.
+Tokens likeAsCalls(const Tokens& tokens);
+
 // Indexes of the tokens outside any parentheses that are not blanks.
 std::vector<size_t> topLevel(const Tokens& tokens);
 

@@ -23,6 +23,20 @@ Dynaset::~Dynaset() {
     state_->forgetCursor(this);
 }
 
+int Dynaset::selectItemType(const std::vector<int>& itemTypes, int column, int columns) {
+    // A * stands for any number of columns: the items before the first one count from the
+    // front, those after the last one from the back.
+    const int items = int(itemTypes.size());
+    const auto star = std::find(itemTypes.begin(), itemTypes.end(), -1);
+    const int before = int(star - itemTypes.begin());
+    const int after = int(std::find(itemTypes.rbegin(), itemTypes.rend(), -1) - itemTypes.rbegin());
+    if (column < before) {
+        return itemTypes[column];
+    }
+    const int fromBack = columns - 1 - column;
+    return fromBack < after ? itemTypes[items - 1 - fromBack] : 0;
+}
+
 void Dynaset::rememberBeforeChange() {
     Snapshot before{rows_, position_, bof_, eof_, highestVisited_, mode_, buffer_, dirty_};
     state_->rememberCursor(this, [this, before = std::move(before)] {

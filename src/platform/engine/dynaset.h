@@ -67,6 +67,10 @@ protected:
     // Reads the rows: the backend's constructor calls it once it can run the query.
     void load();
 
+    // The type of a column of the result by the select list's item types (see
+    // dialect::Statement::itemTypes); 0 when the list doesn't say.
+    static int selectItemType(const std::vector<int>& itemTypes, int column, int columns);
+
     const QString& source() const { return source_; }
     const QString& table() const { return table_; }
     bool keyed() const { return !table_.isEmpty(); }

@@ -1,6 +1,7 @@
 #include "platform/engine/engine.h"
 
 #include "platform/engine/errors.h"
+#include "platform/engine/pg_database.h"
 #include "platform/engine/sqlite_database.h"
 
 namespace engine {
@@ -74,11 +75,13 @@ Field Recordset::field(const QString& name) {
 }
 
 std::unique_ptr<Database> openDatabase(const QString& path) {
-    return SqliteDatabase::open(path);
+    return pg::PgDatabase::isServerUri(path) ? pg::PgDatabase::open(path)
+                                             : SqliteDatabase::open(path);
 }
 
 std::unique_ptr<Database> createDatabase(const QString& path) {
-    return SqliteDatabase::create(path);
+    return pg::PgDatabase::isServerUri(path) ? pg::PgDatabase::create(path)
+                                             : SqliteDatabase::create(path);
 }
 
 void setLockWait(int milliseconds) {

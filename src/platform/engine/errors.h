@@ -36,6 +36,9 @@ enum ErrorNumber {
     CriteriaMismatch = 3464,
 };
 
+// What a failed call means to the caller, to word the failure.
+enum class FailureContext { Statement, Criteria };
+
 // The failure of that number with its text, the placeholders filled in order.
 rt::Error error(int number, const QString& argument = QString(),
                 const QString& argument2 = QString());

@@ -41,21 +41,6 @@ sqlite3* SqliteRecordset::db() const {
     return connection_->handle();
 }
 
-int SqliteRecordset::itemType(int column, int columns) const {
-    // A * stands for any number of columns: the items before the first one count from the
-    // front, those after the last one from the back.
-    const int items = int(itemTypes_.size());
-    const auto star = std::find(itemTypes_.begin(), itemTypes_.end(), -1);
-    const int before = int(star - itemTypes_.begin());
-    const int after =
-        int(std::find(itemTypes_.rbegin(), itemTypes_.rend(), -1) - itemTypes_.rbegin());
-    if (column < before) {
-        return itemTypes_[column];
-    }
-    const int fromBack = columns - 1 - column;
-    return fromBack < after ? itemTypes_[items - 1 - fromBack] : 0;
-}
-
 void SqliteRecordset::describe(sqlite3_stmt* statement, int first) {
     const int count = sqlite3_column_count(statement);
     for (int c = first; c < count; ++c) {
@@ -63,8 +48,8 @@ void SqliteRecordset::describe(sqlite3_stmt* statement, int first) {
         column.info.name = QString::fromUtf8(sqlite3_column_name(statement, c));
         const char* declared = sqlite3_column_decltype(statement, c);
         const QString declaredType = declared ? QString::fromUtf8(declared) : QString();
-        column.info.type =
-            declared ? fieldTypeOf(declaredType) : itemType(c - first, count - first);
+        column.info.type = declared ? fieldTypeOf(declaredType)
+                                    : selectItemType(itemTypes_, c - first, count - first);
         column.info.size = fieldSizeOf(column.info.type, declaredType);
         const char* origin = sqlite3_column_origin_name(statement, c);
         const char* originTable = sqlite3_column_table_name(statement, c);

@@ -34,7 +34,6 @@ private:
     sqlite3* db() const;
     void describe(sqlite3_stmt* statement, int first);
     void settleType(Column& column, const rt::Variant& value);
-    int itemType(int column, int columns) const;  // by the select list; 0 when it doesn't say
 
     std::shared_ptr<Connection> connection_;  // first, so that it outlives the statement below
     QString sql_;       // the embedded engine's text, with the rowid first where updatable

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/engine/connection_state.h"
+#include "platform/engine/errors.h"
 #include "platform/engine/field_types.h"
 #include "platform/rt_error.h"
 #include "platform/variant.h"
@@ -42,9 +43,6 @@ private:
     };
     std::vector<Idle> idle_;  // the most recently given back last
 };
-
-// What a failed call means to the caller, to word the failure.
-enum class FailureContext { Statement, Criteria };
 
 rt::Error sqliteFailure(sqlite3* db, int code, const QString& sql,
                         FailureContext context = FailureContext::Statement);

@@ -1,0 +1,329 @@
+#include "platform/engine/pg_database.h"
+
+#include "platform/engine/errors.h"
+#include "platform/engine/pg_functions.h"
+#include "platform/engine/pg_recordset.h"
+#include "platform/engine/pg_support.h"
+
+#include <QStringList>
+
+namespace engine::pg {
+
+namespace {
+
+const QString kPropertiesTable = QStringLiteral("engine_properties");
+
+// The connection's settings from the URI, with the database replaced when `database` is given.
+struct Settings {
+    std::vector<QByteArray> keywords;
+    std::vector<QByteArray> values;
+    QString database;
+};
+
+Settings settingsOf(const QString& uri, const QString& database = QString()) {
+    char* problem = nullptr;
+    PQconninfoOption* options = PQconninfoParse(uri.toUtf8().constData(), &problem);
+    if (!options) {
+        PQfreemem(problem);
+        throw error(InvalidPath, uri);
+    }
+    Settings settings;
+    for (PQconninfoOption* option = options; option->keyword; ++option) {
+        if (QByteArray(option->keyword) == "dbname") {
+            settings.database = QString::fromUtf8(option->val ? option->val : "");
+            if (!database.isEmpty()) {
+                settings.keywords.emplace_back("dbname");
+                settings.values.push_back(database.toUtf8());
+            } else if (option->val) {
+                settings.keywords.emplace_back("dbname");
+                settings.values.emplace_back(option->val);
+            }
+        } else if (option->val) {
+            settings.keywords.emplace_back(option->keyword);
+            settings.values.emplace_back(option->val);
+        }
+    }
+    PQconninfoFree(options);
+    return settings;
+}
+
+PGconn* connect(const Settings& settings) {
+    std::vector<const char*> keywords;
+    std::vector<const char*> values;
+    for (size_t i = 0; i < settings.keywords.size(); ++i) {
+        keywords.push_back(settings.keywords[i].constData());
+        values.push_back(settings.values[i].constData());
+    }
+    keywords.push_back(nullptr);
+    values.push_back(nullptr);
+    return PQconnectdbParams(keywords.data(), values.data(), 0);
+}
+
+void runOrThrow(PGconn* conn, const QString& sql, const QString& uri) {
+    Result result(PQexec(conn, sql.toUtf8().constData()));
+    const ExecStatusType status = PQresultStatus(result.get());
+    if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
+        throw error(CannotOpenFile, uri);
+    }
+}
+
+}  // namespace
+
+bool PgDatabase::isServerUri(const QString& path) {
+    return path.startsWith(QLatin1String("postgresql://"), Qt::CaseInsensitive) ||
+           path.startsWith(QLatin1String("postgres://"), Qt::CaseInsensitive);
+}
+
+std::unique_ptr<Database> PgDatabase::open(const QString& uri) {
+    auto connection = std::make_shared<Connection>();
+    connection->conn = connect(settingsOf(uri));
+    if (PQstatus(connection->conn) != CONNECTION_OK) {
+        const QString message = QString::fromUtf8(PQerrorMessage(connection->conn));
+        connection->close();
+        // No such database is what a missing file is to the embedded engine.
+        throw error(
+            message.contains(QLatin1String("does not exist")) ? FileNotFound : CannotOpenFile, uri);
+    }
+    PQsetClientEncoding(connection->conn, "UTF8");
+    runOrThrow(connection->conn,
+               QStringLiteral("SET lock_timeout = %1").arg(std::max(1, lockWait())), uri);
+    // A database the engine made has its functions; any other is no database of the suite's.
+    Result made(
+        PQexec(connection->conn, "SELECT 1 FROM pg_proc WHERE proname = 'dialect_like' LIMIT 1"));
+    if (PQresultStatus(made.get()) != PGRES_TUPLES_OK || made.rows() == 0) {
+        connection->close();
+        throw error(UnrecognizedFormat, uri);
+    }
+    return std::unique_ptr<Database>(new PgDatabase(std::move(connection), uri));
+}
+
+std::unique_ptr<Database> PgDatabase::create(const QString& uri) {
+    const QString database = settingsOf(uri).database;
+    if (database.isEmpty()) {
+        throw error(InvalidPath, uri);
+    }
+    {
+        // The server's own maintenance database is where databases are made.
+        const Settings maintenance = settingsOf(uri, QStringLiteral("postgres"));
+        std::unique_ptr<PGconn, decltype(&PQfinish)> server(connect(maintenance), &PQfinish);
+        if (PQstatus(server.get()) != CONNECTION_OK) {
+            throw error(CannotOpenFile, uri);
+        }
+        const QByteArray name = database.toUtf8();
+        const char* values[] = {name.constData()};
+        Result exists(PQexecParams(server.get(), "SELECT 1 FROM pg_database WHERE datname = $1", 1,
+                                   nullptr, values, nullptr, nullptr, 0));
+        if (exists.rows() > 0) {
+            throw error(DatabaseExists);
+        }
+        runOrThrow(server.get(), "CREATE DATABASE " + quoteName(database) + " TEMPLATE template0",
+                   uri);
+    }
+    auto connection = std::make_shared<Connection>();
+    connection->conn = connect(settingsOf(uri));
+    if (PQstatus(connection->conn) != CONNECTION_OK) {
+        throw error(CannotOpenFile, uri);
+    }
+    runOrThrow(connection->conn, QStringLiteral("CREATE EXTENSION IF NOT EXISTS citext"), uri);
+    for (const QString& function : functionDefinitions()) {
+        runOrThrow(connection->conn, function, uri);
+    }
+    connection.reset();
+    return open(uri);
+}
+
+PgDatabase::PgDatabase(std::shared_ptr<Connection> connection, QString uri)
+    : connection_(std::move(connection)), uri_(std::move(uri)) {}
+
+PgDatabase::~PgDatabase() = default;
+
+std::unique_ptr<Recordset> PgDatabase::openRecordset(const QString& source) {
+    connection_->handle();
+    const dialect::Statement statement = dialect::analyse(source);
+    if (statement.kind == dialect::Statement::SelectInto ||
+        statement.kind == dialect::Statement::Action) {
+        throw error(InputTableNotFound, source);
+    }
+    return std::make_unique<PgRecordset>(connection_, statement, source);
+}
+
+void PgDatabase::execute(const QString& sql) {
+    connection_->handle();
+    const dialect::Statement statement = dialect::analyse(sql);
+    connection_->writeMade();
+    switch (statement.kind) {
+        case dialect::Statement::Select:
+        case dialect::Statement::TableName:
+            throw error(CannotExecuteSelect);
+        case dialect::Statement::SelectInto:
+            // The second database of an installation on a server is yet to be decided.
+            throw error(InvalidPath,
+                        statement.intoDatabase.isEmpty() ? sql : statement.intoDatabase);
+        case dialect::Statement::Action: {
+            const dialect::Token& verb = statement.tokens[dialect::topLevel(statement.tokens)[0]];
+            if (verb.isWord("create") || verb.isWord("alter") || verb.isWord("drop")) {
+                define(sql);
+            } else {
+                run(*connection_, dialect::renderForServer(serverTokens(statement.tokens)), {},
+                    sql);
+            }
+            return;
+        }
+    }
+}
+
+void PgDatabase::define(const QString& sql) {
+    std::vector<std::pair<QString, QString>> declarations;
+    QString table;
+    run(*connection_, definition(sql, declarations, table), {}, sql);
+    // The declared types are kept beside the columns, where a cursor finds its field types.
+    for (const auto& [column, type] : declarations) {
+        run(*connection_, "COMMENT ON COLUMN " + quoteName(table) + "." + quoteName(column) +
+                              " IS " + "'" + QString(type).replace("'", "''") + "'");
+    }
+    connection_->forgetDeclarations();
+}
+
+void PgDatabase::close() {
+    connection_->close();
+}
+
+void PgDatabase::deleteTable(const QString& name) {
+    connection_->handle();
+    connection_->writeMade();
+    try {
+        run(*connection_, "DROP TABLE " + quoteName(name));
+    } catch (const rt::Error& failure) {
+        if (failure.number() == InputTableNotFound) {
+            throw error(ItemNotFound);
+        }
+        throw;
+    }
+    connection_->forgetDeclarations();
+}
+
+rt::Variant PgDatabase::property(const QString& name) const {
+    connection_->handle();
+    const Result found = run(
+        *connection_, QStringLiteral("SELECT to_regclass('%1') IS NOT NULL").arg(kPropertiesTable));
+    if (found.text(0, 0) == "t") {
+        const Result read =
+            run(*connection_, "SELECT value, kind FROM " + kPropertiesTable + " WHERE name = $1",
+                {rt::Variant(name)});
+        if (read.rows() > 0) {
+            if (read.isNull(0, 0)) {
+                return rt::Variant::null();
+            }
+            const int kind = read.text(0, 1).toInt();
+            return readValue(read, 0, 0, kind);
+        }
+    }
+    throw error(PropertyNotFound);
+}
+
+void PgDatabase::setProperty(const QString& name, const rt::Variant& value) {
+    connection_->handle();
+    connection_->writeMade();
+    run(*connection_, "CREATE TABLE IF NOT EXISTS " + kPropertiesTable +
+                          " (name citext PRIMARY KEY, value text, kind integer)");
+    // The value as text beside the engine type it is read back as.
+    int kind = dbText;
+    switch (value.type()) {
+        case rt::VarType::Integer:
+            kind = dbInteger;
+            break;
+        case rt::VarType::Long:
+            kind = dbLong;
+            break;
+        case rt::VarType::Boolean:
+            kind = dbBoolean;
+            break;
+        case rt::VarType::Single:
+        case rt::VarType::Double:
+            kind = dbDouble;
+            break;
+        case rt::VarType::Date:
+            kind = dbDate;
+            break;
+        case rt::VarType::Currency:
+            kind = dbCurrency;
+            break;
+        default:
+            break;
+    }
+    run(*connection_,
+        "INSERT INTO " + kPropertiesTable +
+            " (name, value, kind) VALUES ($1, $2::text, $3) ON CONFLICT (name) DO UPDATE SET "
+            "value = EXCLUDED.value, kind = EXCLUDED.kind",
+        {rt::Variant(name), value, rt::Variant(kind)});
+}
+
+bool PgDatabase::beginRead() {
+    PGconn* conn = connection_->handle();
+    if (connection_->transactionDepth > 0 || PQtransactionStatus(conn) != PQTRANS_IDLE) {
+        return false;
+    }
+    // One snapshot for all the reads of the scope, as the embedded engine's read lock gives.
+    control(*connection_, QStringLiteral("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"));
+    connection_->transactionBegun();
+    return true;
+}
+
+void PgDatabase::endRead() {
+    if (connection_->conn) {
+        Result(PQexec(connection_->conn, "COMMIT"));
+    }
+}
+
+void PgDatabase::beginTrans() {
+    int& depth = connection_->transactionDepth;
+    control(*connection_,
+            depth == 0 ? QStringLiteral("BEGIN") : QStringLiteral("SAVEPOINT level%1").arg(depth));
+    if (depth == 0) {
+        connection_->transactionBegun();
+    }
+    ++depth;
+}
+
+void PgDatabase::commitTrans() {
+    endTransaction(true);
+}
+
+void PgDatabase::rollback() {
+    endTransaction(false);
+}
+
+void PgDatabase::endTransaction(bool keep) {
+    PGconn* conn = connection_->handle();
+    int& depth = connection_->transactionDepth;
+    if (depth == 0) {
+        throw error(NoTransaction);
+    }
+    try {
+        if (depth == 1) {
+            control(*connection_, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
+        } else {
+            const QString level = QStringLiteral("level%1").arg(depth - 1);
+            if (!keep) {
+                control(*connection_, "ROLLBACK TO SAVEPOINT " + level);
+            }
+            control(*connection_, "RELEASE SAVEPOINT " + level);
+        }
+    } catch (const rt::Error&) {
+        // A unit whose commit failed is undone whole, as on the embedded engine.
+        if (depth == 1) {
+            Result(PQexec(conn, "ROLLBACK"));
+            connection_->levelUndone(1);
+            depth = 0;
+        }
+        throw;
+    }
+    if (keep) {
+        connection_->levelKept(depth);
+    } else {
+        connection_->levelUndone(depth);
+    }
+    --depth;
+}
+
+}  // namespace engine::pg
