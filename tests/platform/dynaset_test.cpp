@@ -8,6 +8,7 @@
 
 #include <functional>
 
+#include "backends.h"
 #include "fixtures.h"
 
 #include <gtest/gtest.h>
@@ -16,12 +17,17 @@ namespace {
 
 using testing_support::errorOf;
 
-class DynasetTest : public ::testing::Test {
+class DynasetFixture : public ::testing::Test {
 protected:
+    virtual testing_support::Backend backend() const = 0;
     void SetUp() override {
+        if (backend() == testing_support::Backend::Postgresql &&
+            !testing_support::postgresqlServerIsThere()) {
+            GTEST_SKIP() << "no PostgreSQL server for this run";
+        }
         // Short, so that a read lock a cursor forgot to let go of fails the other's write.
         engine::setLockWait(300);
-        path = dir.filePath("dynaset.mdb");
+        path = testing_support::newDatabaseLocation(backend(), dir, "dynaset");
         db = engine::createDatabase(path);
         db->execute("CREATE TABLE emp (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT, age INT)");
         db->execute(
@@ -34,7 +40,23 @@ protected:
     std::unique_ptr<engine::Database> db;
 };
 
-TEST_F(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
+class DynasetTest : public DynasetFixture,
+                    public ::testing::WithParamInterface<testing_support::Backend> {
+protected:
+    testing_support::Backend backend() const override { return GetParam(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryBackend, DynasetTest,
+                         ::testing::ValuesIn(testing_support::conformanceBackends()),
+                         testing_support::backendName);
+
+// The embedded engine's read lock: the writers of other programs wait for the end of a read.
+class FileDynasetTest : public DynasetFixture {
+protected:
+    testing_support::Backend backend() const override { return testing_support::Backend::Sqlite; }
+};
+
+TEST_P(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
     auto rs = db->openRecordset("SELECT id, name FROM emp WHERE age < 50 ORDER BY id");
     rs->moveNext();
     rs->moveNext();  // rows 0 to 2 visited
@@ -68,7 +90,7 @@ TEST_F(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
     EXPECT_EQ(rs->absolutePosition(), 4);
 }
 
-TEST_F(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
+TEST_P(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
     const QString sql = "SELECT * FROM emp ORDER BY id";
     auto first = db->openRecordset(sql);
     auto second = db->openRecordset(sql);
@@ -90,7 +112,7 @@ TEST_F(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
 
 namespace {
 
-TEST_F(DynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwards) {
+TEST_F(FileDynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwards) {
     auto rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
     auto other = engine::openDatabase(path);
     {
@@ -126,7 +148,7 @@ namespace {
 
 // Rows read at an open inside a read or a unit stand in for the rows' first visits only while
 // nothing can have changed them.
-TEST_F(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
+TEST_P(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
     auto other = engine::openDatabase(path);
     const struct {
         const char* name;
@@ -195,6 +217,24 @@ TEST_F(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
         EXPECT_EQ(rt::CStr(rs->field("name").value()), c.third);
         other->execute("UPDATE emp SET name = 'c' WHERE id = 3");
     }
+}
+
+}  // namespace
+
+namespace {
+
+// Another connection's unit holds the rows it wrote: a write to them waits the bounded time and
+// then fails, and goes through once the unit is over.
+TEST_P(DynasetTest, AWriteToRowsAnotherUnitHoldsFailsAfterTheLockWait) {
+    auto other = engine::openDatabase(path);
+    other->beginTrans();
+    other->execute("UPDATE emp SET age = 10 WHERE id = 1");
+    EXPECT_EQ(errorOf([&] { db->execute("UPDATE emp SET age = 20 WHERE id = 1"); }),
+              engine::Locked);
+    other->commitTrans();
+    db->execute("UPDATE emp SET age = 20 WHERE id = 1");
+    EXPECT_EQ(testing_support::rowsOf(*other, "SELECT age FROM emp WHERE id = 1"),
+              QStringList({"20"}));
 }
 
 }  // namespace
