@@ -164,7 +164,8 @@ void PgDatabase::execute(const QString& sql) {
             if (verb.isWord("create") || verb.isWord("alter") || verb.isWord("drop")) {
                 define(sql);
             } else {
-                run(*connection_, dialect::renderForServer(serverTokens(statement.tokens)), {},
+                run(*connection_,
+                    dialect::renderForServer(serverTokens(*connection_, statement.tokens)), {},
                     sql);
             }
             return;

@@ -66,7 +66,7 @@ PgRecordset::PgRecordset(std::shared_ptr<Connection> connection,
     : Dynaset(connection, std::move(source), statement.updatableTable),
       connection_(std::move(connection)),
       itemTypes_(statement.itemTypes) {
-    const dialect::Tokens tokens = serverTokens(statement.tokens);
+    const dialect::Tokens tokens = serverTokens(*connection_, statement.tokens);
     if (keyed()) {
         tableOid_ = Oid(run(*connection_, QStringLiteral("SELECT $1::text::regclass::oid"),
                             {rt::Variant(quoteName(table()))}, this->source())
@@ -153,7 +153,7 @@ std::unique_ptr<Dynaset::CriteriaTest> PgRecordset::prepareCriteria(const dialec
                                                                     const std::vector<bool>&,
                                                                     const QString& criteria) {
     // Text values are bound as citext, which compares without regard to case.
-    dialect::Tokens numbered = serverTokens(tokens);
+    dialect::Tokens numbered = serverTokens(*connection_, tokens);
     for (dialect::Token& token : numbered) {
         if (token.kind == dialect::Token::Symbol && token.text.startsWith('?')) {
             token.text = "$" + token.text.mid(1);

@@ -231,6 +231,26 @@ const Connection::Declared* Connection::declared(Oid table, int column) {
     return found == columns.constEnd() ? nullptr : &*found;
 }
 
+QStringList Connection::columnsOf(const QString& table) {
+    const QString key = table.toLower();
+    if (!columns_.contains(key)) {
+        const Result result =
+            run(*this,
+                QStringLiteral("SELECT attname FROM pg_attribute WHERE attrelid = "
+                               "$1::text::regclass AND attnum > 0 AND NOT attisdropped ORDER BY "
+                               "attnum"),
+                {rt::Variant(quoteName(table))});
+        QStringList names;
+        for (int r = 0; r < result.rows(); ++r) {
+            if (result.text(r, 0) != kRowKey) {
+                names << result.text(r, 0);
+            }
+        }
+        columns_.insert(key, names);
+    }
+    return columns_.value(key);
+}
+
 QString Result::text(int row, int column) const {
     return QString::fromUtf8(PQgetvalue(result_, row, column), PQgetlength(result_, row, column));
 }
@@ -406,8 +426,172 @@ std::optional<dialect::Token> computed(const QString& function, const std::vecto
 
 }  // namespace
 
-dialect::Tokens serverTokens(const dialect::Tokens& source) {
-    dialect::Tokens tokens = source;
+namespace {
+
+using dialect::Token;
+using dialect::Tokens;
+
+size_t significantBefore(const Tokens& tokens, size_t i) {
+    while (i > 0) {
+        --i;
+        if (tokens[i].kind != Token::Space) {
+            return i;
+        }
+    }
+    return size_t(-1);
+}
+
+bool endsFromList(const Token& token) {
+    static const char* const words[] = {"where", "group", "order", "having",
+                                        "union", "limit", "on"};
+    for (const char* word : words) {
+        if (token.isWord(word)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool joins(const Token& token) {
+    static const char* const words[] = {"join", "inner", "left", "right", "outer", "cross", "full"};
+    for (const char* word : words) {
+        if (token.isWord(word)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+struct TableReference {
+    QString table;
+    QString alias;
+};
+
+// The tables of the FROM that follows the SELECT at `select`, at the same depth.
+std::vector<TableReference> tablesAfter(const Tokens& tokens, size_t select) {
+    std::vector<TableReference> tables;
+    int depth = 0;
+    size_t i = select + 1;
+    for (; i < tokens.size(); ++i) {
+        depth += tokens[i].isSymbol("(") ? 1 : tokens[i].isSymbol(")") ? -1 : 0;
+        if (depth < 0) {
+            return tables;
+        }
+        if (depth == 0 && tokens[i].isWord("from")) {
+            break;
+        }
+    }
+    bool expectTable = true;
+    for (++i; i < tokens.size(); ++i) {
+        const Token& token = tokens[i];
+        if (token.kind == Token::Space) {
+            continue;
+        }
+        if (token.isSymbol("(")) {
+            // A subquery or a bracketed join: what it reads is not a table of this list.
+            int inner = 1;
+            while (++i < tokens.size() && inner > 0) {
+                inner += tokens[i].isSymbol("(") ? 1 : tokens[i].isSymbol(")") ? -1 : 0;
+            }
+            --i;
+            expectTable = false;
+            continue;
+        }
+        if (token.isSymbol(")") || endsFromList(token)) {
+            if (token.isWord("on")) {
+                // The join's condition runs to the next join or the end of the list.
+                while (i + 1 < tokens.size() && !joins(tokens[i + 1]) &&
+                       !tokens[i + 1].isSymbol(",") && !endsFromList(tokens[i + 1]) &&
+                       !tokens[i + 1].isSymbol(")")) {
+                    ++i;
+                }
+                continue;
+            }
+            break;
+        }
+        if (token.isSymbol(",") || joins(token)) {
+            expectTable = true;
+            continue;
+        }
+        if (token.kind != Token::Word && token.kind != Token::Name) {
+            continue;
+        }
+        if (expectTable) {
+            tables.push_back({token.text, token.text});
+            expectTable = false;
+        } else if (!token.isWord("as") && !tables.empty()) {
+            tables.back().alias = token.text;
+        }
+    }
+    return tables;
+}
+
+// The columns a * or an x.* stands for, each as qualifier.column.
+Tokens columnsFor(Connection& connection, const std::vector<TableReference>& tables,
+                  const QString& qualifier) {
+    Tokens list;
+    for (const TableReference& reference : tables) {
+        if (!qualifier.isEmpty() && reference.alias.compare(qualifier, Qt::CaseInsensitive) != 0 &&
+            reference.table.compare(qualifier, Qt::CaseInsensitive) != 0) {
+            continue;
+        }
+        for (const QString& column : connection.columnsOf(reference.table)) {
+            if (!list.empty()) {
+                list.push_back({Token::Symbol, ","});
+            }
+            list.push_back({Token::Name, reference.alias});
+            list.push_back({Token::Symbol, "."});
+            list.push_back({Token::Name, column});
+        }
+    }
+    return list;
+}
+
+Tokens expandStars(Connection& connection, Tokens tokens) {
+    for (size_t i = 0; i < tokens.size(); ++i) {
+        if (!tokens[i].isWord("select")) {
+            continue;
+        }
+        const std::vector<TableReference> tables = tablesAfter(tokens, i);
+        if (tables.empty()) {
+            continue;
+        }
+        int depth = 0;
+        for (size_t j = i + 1; j < tokens.size(); ++j) {
+            depth += tokens[j].isSymbol("(") ? 1 : tokens[j].isSymbol(")") ? -1 : 0;
+            if (depth < 0 || (depth == 0 && tokens[j].isWord("from"))) {
+                break;
+            }
+            if (depth != 0 || !tokens[j].isSymbol("*")) {
+                continue;
+            }
+            const size_t before = significantBefore(tokens, j);
+            const bool qualified = before != size_t(-1) && tokens[before].isSymbol(".");
+            const bool alone = before != size_t(-1) &&
+                               (before == i || tokens[before].isSymbol(",") ||
+                                tokens[before].isWord("distinct") || tokens[before].isWord("all"));
+            if (!qualified && !alone) {
+                continue;  // a product
+            }
+            const size_t owner = qualified ? significantBefore(tokens, before) : size_t(-1);
+            const QString qualifier = qualified ? tokens[owner].text : QString();
+            const Tokens columns = columnsFor(connection, tables, qualifier);
+            if (columns.empty()) {
+                continue;
+            }
+            const size_t first = qualified ? owner : j;
+            tokens.erase(tokens.begin() + first, tokens.begin() + j + 1);
+            tokens.insert(tokens.begin() + first, columns.begin(), columns.end());
+            j = first + columns.size() - 1;
+        }
+    }
+    return tokens;
+}
+
+}  // namespace
+
+dialect::Tokens serverTokens(Connection& connection, const dialect::Tokens& source) {
+    dialect::Tokens tokens = expandStars(connection, source);
     for (size_t i = 0; i < tokens.size(); ++i) {
         if (tokens[i].kind != dialect::Token::Word) {
             continue;

@@ -7,6 +7,7 @@
 
 #include <QHash>
 #include <QString>
+#include <QStringList>
 
 #include <libpq-fe.h>
 
@@ -35,8 +36,13 @@ struct Connection : ConnectionState {
         bool counter = false;
     };
     const Declared* declared(Oid table, int column);
+    // The table's columns in their order, the row key left out.
+    QStringList columnsOf(const QString& table);
     // Definitions change what a table's columns are.
-    void forgetDeclarations() { declarations_.clear(); }
+    void forgetDeclarations() {
+        declarations_.clear();
+        columns_.clear();
+    }
 
     // The type number of citext in this database, which each database gives its own.
     Oid citext = 0;
@@ -46,6 +52,7 @@ protected:
 
 private:
     QHash<Oid, QHash<int, Declared>> declarations_;
+    QHash<QString, QStringList> columns_;
 };
 
 class Result {
@@ -77,7 +84,9 @@ void control(Connection& connection, const QString& sql);
 // A statement's tokens as the server is to read them: the dialect's functions the server has no
 // definition of (CDate, Format, Now, Date) computed here where their arguments are constants,
 // and LIKE as the dialect's own function.
-dialect::Tokens serverTokens(const dialect::Tokens& tokens);
+// A * of a select list is written out as the columns it stands for, so that the row key stays
+// out of sight.
+dialect::Tokens serverTokens(Connection& connection, const dialect::Tokens& tokens);
 
 // A value as a variant of the column's engine type (0: by the server's type of the column).
 rt::Variant readValue(const Result& result, int row, int column, int type);
