@@ -339,7 +339,7 @@ TEST_P(EngineTest, TheDialectsForms) {
     EXPECT_EQ(errorOf([&] { distinct->edit(); }), engine::ReadOnly);
 }
 
-TEST_F(FileEngineTest, SelectIntoCopiesATableHereOrIntoAnotherFile) {
+TEST_P(EngineTest, SelectIntoCopiesATableHereOrIntoAnotherFile) {
     db->execute("SELECT * INTO staff from people");
     auto staff = open("SELECT * FROM staff WHERE name = 'ALICE'");  // the collation came along
     EXPECT_EQ(staff->recordCount(), 1);

@@ -1,6 +1,7 @@
 #include "platform/engine/engine.h"
 
 #include "platform/engine/errors.h"
+#include "platform/engine/field_types.h"
 #include "platform/engine/pg_database.h"
 #include "platform/engine/sqlite_database.h"
 
@@ -82,6 +83,30 @@ std::unique_ptr<Database> openDatabase(const QString& path) {
 std::unique_ptr<Database> createDatabase(const QString& path) {
     return pg::PgDatabase::isServerUri(path) ? pg::PgDatabase::create(path)
                                              : SqliteDatabase::create(path);
+}
+
+QString tableDefinition(const QString& table, const std::vector<ColumnDeclaration>& columns) {
+    QStringList definitions;
+    for (const ColumnDeclaration& column : columns) {
+        const QString name = "[" + column.name + "]";
+        if (column.counter) {
+            definitions << name + " INTEGER PRIMARY KEY AUTOINCREMENT";
+            continue;
+        }
+        const QString base = column.type.section('(', 0, 0).trimmed().toUpper();
+        const bool text = base.isEmpty() || base == "VARCHAR" || base == "TEXT" || base == "CHAR" ||
+                          base == "LONGTEXT" || base == "MEMO";
+        QString definition = name + " " + (column.type.isEmpty() ? "TEXT" : column.type);
+        if (text) {
+            definition += " COLLATE NOCASE";
+            const qint32 size = fieldSizeOf(dbText, column.type);
+            if (base == "VARCHAR" && column.type.contains('(')) {
+                definition += QStringLiteral(" CHECK (length(%1) <= %2)").arg(name).arg(size);
+            }
+        }
+        definitions << definition;
+    }
+    return "CREATE TABLE [" + table + "] (" + definitions.join(", ") + ")";
 }
 
 void setLockWait(int milliseconds) {

@@ -4,8 +4,10 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
+#include <vector>
 
 // The database engine: databases opened by path, dynaset cursors over them, and the SQL
 // dialect the suite writes (double-quoted strings, bracketed names, CDATE, DATEADD,
@@ -101,9 +103,27 @@ public:
     Field field(const QString& name);
 };
 
+// A table's column as the suite declared it ("VARCHAR(50)", "DATETIME" ...), for making the
+// same table in another database.
+struct ColumnDeclaration {
+    QString name;
+    QString type;
+    bool counter = false;
+};
+
+// The suite's definition of a table with these columns, which every backend reads.
+QString tableDefinition(const QString& table, const std::vector<ColumnDeclaration>& columns);
+
 class Database {
 public:
     virtual ~Database() = default;
+
+    // The tables in the order they were made, and a table's columns (3078 for no such table).
+    virtual QStringList tableNames() = 0;
+    virtual std::vector<ColumnDeclaration> columnsOf(const QString& table) = 0;
+    // Adds the rows with their values exactly, a counter's among them, all or none.
+    virtual void insertRows(const QString& table, const QStringList& columns,
+                            const std::vector<std::vector<rt::Variant>>& rows) = 0;
 
     // A dynaset on a SELECT statement or on a bare table name.
     virtual std::unique_ptr<Recordset> openRecordset(const QString& source) = 0;

@@ -68,6 +68,36 @@ qint32 fieldSizeOf(int type, const QString& declared) {
     }
 }
 
+QString declaredTypeOf(int type, qint32 size) {
+    switch (type) {
+        case dbBoolean:
+            return QStringLiteral("BIT");
+        case dbByte:
+        case dbInteger:
+            return QStringLiteral("SMALLINT");
+        case dbLong:
+            return QStringLiteral("INTEGER");
+        case dbBigInt:
+            return QStringLiteral("BIGINT");
+        case dbCurrency:
+            return QStringLiteral("CURRENCY");
+        case dbSingle:
+            return QStringLiteral("SINGLE");
+        case dbDouble:
+        case dbDecimal:
+            return QStringLiteral("DOUBLE");
+        case dbDate:
+            return QStringLiteral("DATETIME");
+        case dbBinary:
+        case dbLongBinary:
+            return QStringLiteral("LONGBLOB");
+        case dbMemo:
+            return QStringLiteral("LONGTEXT");
+        default:
+            return QStringLiteral("VARCHAR(%1)").arg(size > 0 ? size : 255);
+    }
+}
+
 rt::Variant coerce(const rt::Variant& value, int type, qint32 size) {
     if (value.isNull() || value.isEmpty()) {
         return rt::Variant::null();

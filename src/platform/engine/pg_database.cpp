@@ -1,6 +1,7 @@
 #include "platform/engine/pg_database.h"
 
 #include "platform/engine/errors.h"
+#include "platform/engine/field_types.h"
 #include "platform/engine/pg_functions.h"
 #include "platform/engine/pg_recordset.h"
 #include "platform/engine/pg_support.h"
@@ -137,6 +138,52 @@ PgDatabase::PgDatabase(std::shared_ptr<Connection> connection, QString uri)
 
 PgDatabase::~PgDatabase() = default;
 
+QStringList PgDatabase::tableNames() {
+    const Result tables = run(*connection_,
+                              "SELECT relname FROM pg_class WHERE relkind = 'r' AND relnamespace = "
+                              "'public'::regnamespace AND relname <> '" +
+                                  kPropertiesTable + "' ORDER BY oid");
+    QStringList names;
+    for (int r = 0; r < tables.rows(); ++r) {
+        names << tables.text(r, 0);
+    }
+    return names;
+}
+
+std::vector<ColumnDeclaration> PgDatabase::columnsOf(const QString& table) {
+    const Result found = run(*connection_,
+                             QStringLiteral("SELECT attname, coalesce(col_description(attrelid, "
+                                            "attnum), ''), attidentity FROM pg_attribute WHERE "
+                                            "attrelid = $1::text::regclass AND attnum > 0 AND NOT "
+                                            "attisdropped ORDER BY attnum"),
+                             {rt::Variant(quoteName(table))});
+    std::vector<ColumnDeclaration> columns;
+    for (int r = 0; r < found.rows(); ++r) {
+        if (found.text(r, 0) != kRowKey) {
+            columns.push_back({found.text(r, 0), found.text(r, 1), found.text(r, 2) == "d"});
+        }
+    }
+    return columns;
+}
+
+void PgDatabase::insertRows(const QString& table, const QStringList& columns,
+                            const std::vector<std::vector<rt::Variant>>& rows) {
+    QStringList names;
+    QStringList places;
+    for (qsizetype c = 0; c < columns.size(); ++c) {
+        names << quoteName(columns[c]);
+        places << QStringLiteral("$%1").arg(c + 1);
+    }
+    const QString sql = "INSERT INTO " + quoteName(table) + " (" + names.join(", ") + ") VALUES (" +
+                        places.join(", ") + ")";
+    connection_->writeMade();
+    Transaction unit(*this);
+    for (const std::vector<rt::Variant>& row : rows) {
+        run(*connection_, sql, row);
+    }
+    unit.commit();
+}
+
 std::unique_ptr<Recordset> PgDatabase::openRecordset(const QString& source) {
     connection_->handle();
     const dialect::Statement statement = dialect::analyse(source);
@@ -156,9 +203,8 @@ void PgDatabase::execute(const QString& sql) {
         case dialect::Statement::TableName:
             throw error(CannotExecuteSelect);
         case dialect::Statement::SelectInto:
-            // The second database of an installation on a server is yet to be decided.
-            throw error(InvalidPath,
-                        statement.intoDatabase.isEmpty() ? sql : statement.intoDatabase);
+            selectInto(statement);
+            return;
         case dialect::Statement::Action: {
             const dialect::Token& verb = statement.tokens[dialect::topLevel(statement.tokens)[0]];
             if (verb.isWord("create") || verb.isWord("alter") || verb.isWord("drop")) {
@@ -171,6 +217,66 @@ void PgDatabase::execute(const QString& sql) {
             return;
         }
     }
+}
+
+void PgDatabase::selectInto(const dialect::Statement& statement) {
+    if (statement.intoDatabase.isEmpty()) {
+        if (tableNames().contains(statement.intoTable, Qt::CaseInsensitive)) {
+            throw error(TableExists, statement.intoTable);
+        }
+        const QString read =
+            dialect::renderForServer(serverTokens(*connection_, statement.intoSource));
+        Transaction unit(*this);
+        if (!statement.intoSourceTable.isEmpty()) {
+            // A copy of a whole table keeps its column types, sizes and collations.
+            const std::vector<ColumnDeclaration> columns = columnsOf(statement.intoSourceTable);
+            define(tableDefinition(statement.intoTable, columns));
+            QStringList names;
+            for (const ColumnDeclaration& column : columns) {
+                names << quoteName(column.name);
+            }
+            run(*connection_, "INSERT INTO " + quoteName(statement.intoTable) + " (" +
+                                  names.join(", ") + ") " + read);
+        } else {
+            run(*connection_, "CREATE TABLE " + quoteName(statement.intoTable) + " AS " + read);
+            run(*connection_, "ALTER TABLE " + quoteName(statement.intoTable) + " ADD COLUMN " +
+                                  quoteName(kRowKey) +
+                                  " bigint GENERATED ALWAYS AS IDENTITY UNIQUE");
+        }
+        unit.commit();
+        connection_->forgetDeclarations();
+        return;
+    }
+    // Another database, a file as the suite's other programs read it: the rows go over there.
+    std::unique_ptr<Database> target = engine::openDatabase(statement.intoDatabase);
+    if (target->tableNames().contains(statement.intoTable, Qt::CaseInsensitive)) {
+        throw error(TableExists, statement.intoTable);
+    }
+    auto rows = openRecordset(dialect::render(statement.intoSource));
+    std::vector<ColumnDeclaration> columns;
+    if (!statement.intoSourceTable.isEmpty()) {
+        columns = columnsOf(statement.intoSourceTable);
+    } else {
+        for (int c = 0; c < rows->fieldCount(); ++c) {
+            const FieldInfo info = rows->fieldInfo(c);
+            columns.push_back({info.name, declaredTypeOf(info.type, info.size), false});
+        }
+    }
+    QStringList names;
+    for (const ColumnDeclaration& column : columns) {
+        names << column.name;
+    }
+    std::vector<std::vector<rt::Variant>> values;
+    for (; !rows->eof(); rows->moveNext()) {
+        std::vector<rt::Variant>& row = values.emplace_back();
+        for (int c = 0; c < rows->fieldCount(); ++c) {
+            row.push_back(rows->fieldValue(c));
+        }
+    }
+    Transaction unit(*target);
+    target->execute(tableDefinition(statement.intoTable, columns));
+    target->insertRows(statement.intoTable, names, values);
+    unit.commit();
 }
 
 void PgDatabase::define(const QString& sql) {

@@ -20,6 +20,10 @@ public:
     static std::unique_ptr<Database> create(const QString& uri);
     ~PgDatabase() override;
 
+    QStringList tableNames() override;
+    std::vector<ColumnDeclaration> columnsOf(const QString& table) override;
+    void insertRows(const QString& table, const QStringList& columns,
+                    const std::vector<std::vector<rt::Variant>>& rows) override;
     std::unique_ptr<Recordset> openRecordset(const QString& source) override;
     void execute(const QString& sql) override;
     void close() override;
@@ -36,6 +40,7 @@ public:
 private:
     PgDatabase(std::shared_ptr<Connection> connection, QString uri);
     void define(const QString& sql);
+    void selectInto(const dialect::Statement& statement);
     void endTransaction(bool keep);
 
     std::shared_ptr<Connection> connection_;

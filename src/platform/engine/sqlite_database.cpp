@@ -271,6 +271,64 @@ SqliteDatabase::SqliteDatabase(std::shared_ptr<Connection> connection, QString p
 
 SqliteDatabase::~SqliteDatabase() = default;
 
+QStringList SqliteDatabase::tableNames() {
+    Prepared tables(connection_->handle(),
+                    "SELECT name FROM sqlite_master WHERE type = 'table' AND substr(name, 1, 7) "
+                    "<> 'sqlite_' AND name <> '" +
+                        kPropertiesTable + "' ORDER BY rowid");
+    QStringList names;
+    while (tables.step()) {
+        names << QString::fromUtf8(
+            reinterpret_cast<const char*>(sqlite3_column_text(tables.get(), 0)));
+    }
+    return names;
+}
+
+std::vector<ColumnDeclaration> SqliteDatabase::columnsOf(const QString& table) {
+    sqlite3* db = connection_->handle();
+    if (!tableExists(db, QStringLiteral("main"), table)) {
+        throw error(InputTableNotFound, table);
+    }
+    Prepared info(db, "PRAGMA table_info(" + quoteName(table) + ")");
+    std::vector<ColumnDeclaration> columns;
+    while (info.step()) {
+        ColumnDeclaration column;
+        column.name =
+            QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(info.get(), 1)));
+        column.type =
+            QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(info.get(), 2)));
+        int autoIncrement = 0;
+        sqlite3_table_column_metadata(db, nullptr, table.toUtf8().constData(),
+                                      column.name.toUtf8().constData(), nullptr, nullptr, nullptr,
+                                      nullptr, &autoIncrement);
+        column.counter = autoIncrement != 0;
+        columns.push_back(column);
+    }
+    return columns;
+}
+
+void SqliteDatabase::insertRows(const QString& table, const QStringList& columns,
+                                const std::vector<std::vector<rt::Variant>>& rows) {
+    QStringList names;
+    QStringList places;
+    for (qsizetype c = 0; c < columns.size(); ++c) {
+        names << quoteName(columns[c]);
+        places << QStringLiteral("?%1").arg(c + 1);
+    }
+    connection_->writeMade();
+    OwnTransaction transaction(*connection_);
+    Prepared insert(*connection_, "INSERT INTO " + quoteName(table) + " (" + names.join(", ") +
+                                      ") VALUES (" + places.join(", ") + ")");
+    for (const std::vector<rt::Variant>& row : rows) {
+        insert.reset();
+        for (size_t c = 0; c < row.size(); ++c) {
+            insert.bind(int(c) + 1, row[c]);
+        }
+        insert.step();
+    }
+    transaction.commit();
+}
+
 std::unique_ptr<Recordset> SqliteDatabase::openRecordset(const QString& source) {
     connection_->handle();
     const dialect::Statement statement = dialect::analyse(source);

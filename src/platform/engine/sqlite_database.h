@@ -17,6 +17,10 @@ public:
     static std::unique_ptr<Database> create(const QString& path);
     ~SqliteDatabase() override;
 
+    QStringList tableNames() override;
+    std::vector<ColumnDeclaration> columnsOf(const QString& table) override;
+    void insertRows(const QString& table, const QStringList& columns,
+                    const std::vector<std::vector<rt::Variant>>& rows) override;
     std::unique_ptr<Recordset> openRecordset(const QString& source) override;
     void execute(const QString& sql) override;
     void close() override;
