@@ -16,11 +16,16 @@ class ConsoleFixture : public testing_support::DemoTest {
 protected:
     void SetUp() override {
         DemoTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
         db = engine::openDatabase(demoDatabase());
     }
     void TearDown() override {
         console.hide();
-        db->close();
+        if (db) {
+            db->close();
+        }
         DemoTest::TearDown();
     }
     // The administrator logs on from the command line, which fills the console.

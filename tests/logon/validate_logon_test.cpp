@@ -38,10 +38,13 @@ public:
     void cmdCancel_Click() override { calls << "cmdCancel"; }
 };
 
-class ValidateLogonTest : public testing_support::DemoTest {
+class ValidateLogonFixture : public testing_support::DemoTest {
 protected:
     void SetUp() override {
         DemoTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
         window.database = demoDatabase();
         window.logon = "admin";
         window.password = "orvane";
@@ -67,9 +70,15 @@ protected:
     FakeLogonWindow window;
 };
 
+class ValidateLogonTest : public testing_support::OnEveryBackend<ValidateLogonFixture> {};
+
+INSTANTIATE_TEST_SUITE_P(EveryBackend, ValidateLogonTest,
+                         ::testing::ValuesIn(testing_support::conformanceBackends()),
+                         testing_support::backendName);
+
 // Each check before the credentials shows its message and sets the focus; none remembers the
 // database.
-TEST_F(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
+TEST_P(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
     const QString missing = path("missing.mdb");
     const struct {
         const char* logon;
@@ -107,7 +116,7 @@ TEST_F(ValidateLogonTest, EachCheckShowsItsMessageAndSetsTheFocus) {
     EXPECT_EQ(setting("Database"), "<none>");
 }
 
-TEST_F(ValidateLogonTest, FailedCredentialsKeepTheDatabaseAndAllowASecondTry) {
+TEST_P(ValidateLogonTest, FailedCredentialsKeepTheDatabaseAndAllowASecondTry) {
     window.logon = "nobody";
     EXPECT_FALSE(validate());
     EXPECT_EQ(ui.texts().back(), "You have entered an invalid logon name.");
@@ -131,7 +140,7 @@ TEST_F(ValidateLogonTest, FailedCredentialsKeepTheDatabaseAndAllowASecondTry) {
     EXPECT_EQ(gLogon, "admin");
 }
 
-TEST_F(ValidateLogonTest, AGoodLogonFillsTheSessionAndRemembersTheSettings) {
+TEST_P(ValidateLogonTest, AGoodLogonFillsTheSessionAndRemembersTheSettings) {
     window.savePassword = 1;
     EXPECT_TRUE(validate());
     EXPECT_EQ(gAccessLevel, 10);
@@ -154,7 +163,7 @@ TEST_F(ValidateLogonTest, AGoodLogonFillsTheSessionAndRemembersTheSettings) {
     EXPECT_EQ(setting("WP"), "<none>");  // saved empty, which reads as not set
 }
 
-TEST_F(ValidateLogonTest, ANullPasswordMatchesAnEmptyBox) {
+TEST_P(ValidateLogonTest, ANullPasswordMatchesAnEmptyBox) {
     ASSERT_TRUE(gDBase.DBInit(window.database));
     gDBase.Execute("UPDATE users SET Password = NULL WHERE id = 5");
     window.logon = "eford";
@@ -163,7 +172,7 @@ TEST_F(ValidateLogonTest, ANullPasswordMatchesAnEmptyBox) {
     EXPECT_EQ(gPassword, "");
 }
 
-TEST_F(ValidateLogonTest, WithTheRightToAllClientsEveryOtherEntryIsReachable) {
+TEST_P(ValidateLogonTest, WithTheRightToAllClientsEveryOtherEntryIsReachable) {
     EXPECT_TRUE(validate());
     EXPECT_TRUE(gRightValues(kRightAccessAllClients));
     EXPECT_EQ(reachable(),
@@ -181,7 +190,7 @@ TEST_F(ValidateLogonTest, WithTheRightToAllClientsEveryOtherEntryIsReachable) {
     EXPECT_EQ(gUserCount, 11);
 }
 
-TEST_F(ValidateLogonTest, WithoutTheRightOnlyWhatExtendedAccessReaches) {
+TEST_P(ValidateLogonTest, WithoutTheRightOnlyWhatExtendedAccessReaches) {
     const struct {
         const char* logon;
         const char* password;
@@ -209,7 +218,7 @@ TEST_F(ValidateLogonTest, WithoutTheRightOnlyWhatExtendedAccessReaches) {
     EXPECT_EQ(gUsers.size(), 2);
 }
 
-TEST_F(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
+TEST_P(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
     window.logon = "bcole";  // the console and the documents program write no row
     window.password = "brian";
     EXPECT_TRUE(validate(false, true));

@@ -30,6 +30,9 @@ int errorOf(const std::function<void()>& action) {
 }
 
 void SeamTest::SetUp() {
+    if (backend == Backend::Postgresql && !postgresqlServerIsThere()) {
+        GTEST_SKIP() << "no PostgreSQL server for this run";
+    }
     ASSERT_TRUE(folder.isValid());
     platform::setUi(&ui);
 }
@@ -43,17 +46,24 @@ QString SeamTest::path(const QString& name) const {
 }
 
 QString SeamTest::newDatabase(const QString& name) {
-    const QString file = path(name);
-    installer::createDatabase(file);
-    return file;
+    const QString location = newDatabaseLocation(backend, folder, name.section('.', 0, 0));
+    installer::createDatabase(location);
+    return location;
 }
 
 void DemoTest::SetUp() {
     SeamTest::SetUp();
+    if (IsSkipped()) {
+        return;
+    }
     engine::setLockWait(300);  // a held lock fails a command soon
     gSystemDir = GetSystemDir();
     QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
-    installer::createDemo(path("demo"), platform::programFolder());
+    demoLocation_ = backend == Backend::Postgresql
+                        ? newDatabaseLocation(backend, folder, QStringLiteral("demo"))
+                        : platform::joinPath(path("demo"), installer::kDatabaseFile);
+    installer::createDemo(path("demo"), platform::programFolder(),
+                          backend == Backend::Postgresql ? demoLocation_ : QString());
 }
 
 void DemoTest::TearDown() {
@@ -65,11 +75,14 @@ void DemoTest::TearDown() {
 }
 
 QString DemoTest::demoDatabase() const {
-    return platform::joinPath(path("demo"), installer::kDatabaseFile);
+    return demoLocation_;
 }
 
 void SessionTest::SetUp() {
     SeamTest::SetUp();
+    if (IsSkipped()) {
+        return;
+    }
     databasePath = newDatabase();
     gDBase.theDb = engine::openDatabase(databasePath);
     gUsers.redim(1);
@@ -152,6 +165,9 @@ QStringList rowsOf(engine::Database& db, const QString& sql) {
 
 void OptionsSessionTest::SetUp() {
     SessionTest::SetUp();
+    if (IsSkipped()) {
+        return;
+    }
     gOptionsRS = open(QStringLiteral("SELECT * FROM options"));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backends.h"
 #include "data/recset.h"
 #include "platform/scripted_ui.h"
 
@@ -28,12 +29,22 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    // A fresh database made by the installer, in the test's folder.
+    // A fresh database made by the installer, in the test's folder or on the test server.
     QString newDatabase(const QString& name = QStringLiteral("test.mdb"));
     QString path(const QString& name) const;
 
     platform::ScriptedUi ui;
     QTemporaryDir folder;
+    // Where the test's databases are made; OnEveryBackend sets it.
+    Backend backend = Backend::Sqlite;
+};
+
+// A fixture's cases on each backend of the conformance, the PostgreSQL ones skipped in a run
+// without a server.
+template <class Fixture>
+class OnEveryBackend : public Fixture, public ::testing::WithParamInterface<Backend> {
+public:
+    OnEveryBackend() { this->backend = this->GetParam(); }
 };
 
 // A demo installation that the console in the tests' program folder remembers, with a settings
@@ -46,6 +57,9 @@ protected:
     void TearDown() override;
 
     QString demoDatabase() const;
+
+private:
+    QString demoLocation_;
 };
 
 // A session: a fresh database opened on gDBase, with the given user as gUsers(0).

@@ -288,12 +288,13 @@ void createDatabase(const QString& path) {
         db->close();
     } catch (const rt::Error& failure) {
         db->close();
-        QFile::remove(path);
+        engine::removeDatabase(path);
         throw InstallError("cannot set up the database " + path + ": " + failure.description());
     }
 }
 
-void installProgramFolder(const QString& folder, const FirstRunDetails& details) {
+void installProgramFolder(const QString& folder, const FirstRunDetails& details,
+                          const QString& database) {
     if (details.logon.isEmpty()) {
         throw InstallError(QStringLiteral("the first user's logon is needed (--logon)."));
     }
@@ -308,14 +309,15 @@ void installProgramFolder(const QString& folder, const FirstRunDetails& details)
     if (QFileInfo::exists(firstRun)) {
         throw InstallError(firstRun + " already exists; the folder holds an installation.");
     }
-    createDatabase(platform::joinPath(folder, kDatabaseFile));
+    createDatabase(database.isEmpty() ? platform::joinPath(folder, kDatabaseFile) : database);
     createReportsDatabase(platform::joinPath(folder, kReportsDatabaseFile));
     writeFirstRunFile(firstRun, details);
 }
 
-void createDemo(const QString& folder, const QString& consoleFolder) {
+void createDemo(const QString& folder, const QString& consoleFolder, const QString& location) {
     makeFolder(folder);
-    const QString database = QDir(folder).absoluteFilePath(kDatabaseFile);
+    const QString database =
+        location.isEmpty() ? QDir(folder).absoluteFilePath(kDatabaseFile) : location;
     createDatabase(database);
     try {
         auto db = engine::openDatabase(database);
@@ -327,7 +329,8 @@ void createDemo(const QString& folder, const QString& consoleFolder) {
         throw InstallError("cannot fill the demo database: " + failure.description());
     }
     prepareDemoFirstRun(consoleFolder);
-    rememberForConsole(consoleFolder, "Database", QDir::toNativeSeparators(database));
+    rememberForConsole(consoleFolder, "Database",
+                       location.isEmpty() ? QDir::toNativeSeparators(database) : database);
     rememberForConsole(consoleFolder, "LG", kDemoLogon);
 }
 

@@ -36,14 +36,18 @@ struct FirstRunDetails {
 // the placeholder first user, the field definitions, sample reminders and reports.
 void createDatabase(const QString& path);
 
-// A program folder holding the database, tarnell.new and temp.tmp.
-void installProgramFolder(const QString& folder, const FirstRunDetails& details);
+// A program folder holding tarnell.new and temp.tmp, and the database unless `database` names
+// another place for it: a file, or a database on a server by its postgresql:// URI.
+void installProgramFolder(const QString& folder, const FirstRunDetails& details,
+                          const QString& database = QString());
 
 // A demo database with a sample directory, remembered in the settings of the console in
 // `consoleFolder` so that its logon window opens on it. Its first user is still the placeholder:
 // temp.tmp and tarnell.new in the console's folder make the first logon set up the demo's
 // administrator and company, as a new installation's first logon does.
-void createDemo(const QString& folder, const QString& consoleFolder);
+// The demo database goes to `database` when given, as for an installation.
+void createDemo(const QString& folder, const QString& consoleFolder,
+                const QString& database = QString());
 
 // The demo's administrator.
 inline const QString kDemoLogon = QStringLiteral("admin");

@@ -14,11 +14,14 @@ namespace {
 const char* const kUsage =
     "usage:\n"
     "  lattimer-db create DB\n"
-    "      a new database of version 6.5 at DB, as the installer ships it\n"
+    "      a new database of version 6.5 at DB, as the installer ships it; DB is a file or a\n"
+    "      database on a PostgreSQL server, postgresql://[user@]host[:port]/name\n"
     "  lattimer-db install DIR --logon L [--name N] [--password P] [--company C]\n"
     "                      [--phone P] [--address1 A] [--address2 A] [--address3 A]\n"
-    "      a program folder ready for its first logon: the database, tarnell.new, temp.tmp\n"
-    "  lattimer-db demo DIR [--console-folder F]\n"
+    "                      [--database DB]\n"
+    "      a program folder ready for its first logon: the database (in DIR unless --database\n"
+    "      names one), tarnell.new, temp.tmp\n"
+    "  lattimer-db demo DIR [--console-folder F] [--database DB]\n"
     "      a demo installation with a sample directory, remembered by the console in F\n"
     "      (by default the folder of this program); the first run's temp.tmp and tarnell.new\n"
     "      go to F, so that the first logon sets up the demo's administrator and company\n";
@@ -71,18 +74,19 @@ int run(const QStringList& arguments) {
         std::printf("Created %s\n", qPrintable(QDir::toNativeSeparators(command.target)));
     } else if (name == "install") {
         const Command command = parse(arguments, {"name", "logon", "password", "company", "phone",
-                                                  "address1", "address2", "address3"});
+                                                  "address1", "address2", "address3", "database"});
         const auto& o = command.options;
         installer::installProgramFolder(
             command.target,
             {o.value("name"), o.value("logon"), o.value("password"), o.value("company"),
-             o.value("phone"), o.value("address1"), o.value("address2"), o.value("address3")});
+             o.value("phone"), o.value("address1"), o.value("address2"), o.value("address3")},
+            o.value("database"));
         std::printf("Installed in %s\n", qPrintable(QDir::toNativeSeparators(command.target)));
     } else if (name == "demo") {
-        const Command command = parse(arguments, {"console-folder"});
+        const Command command = parse(arguments, {"console-folder", "database"});
         const QString console =
             command.options.value("console-folder", QCoreApplication::applicationDirPath());
-        installer::createDemo(command.target, console);
+        installer::createDemo(command.target, console, command.options.value("database"));
         std::printf("Demo installation in %s; logon '%s', password '%s'\n",
                     qPrintable(QDir::toNativeSeparators(command.target)),
                     qPrintable(installer::kDemoLogon), qPrintable(installer::kDemoPassword));

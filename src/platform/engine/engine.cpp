@@ -5,6 +5,8 @@
 #include "platform/engine/pg_database.h"
 #include "platform/engine/sqlite_database.h"
 
+#include <QFile>
+
 namespace engine {
 
 namespace {
@@ -107,6 +109,14 @@ QString tableDefinition(const QString& table, const std::vector<ColumnDeclaratio
         definitions << definition;
     }
     return "CREATE TABLE [" + table + "] (" + definitions.join(", ") + ")";
+}
+
+void removeDatabase(const QString& path) {
+    if (pg::PgDatabase::isServerUri(path)) {
+        pg::PgDatabase::drop(path);
+    } else {
+        QFile::remove(path);
+    }
 }
 
 void setLockWait(int milliseconds) {

@@ -148,11 +148,15 @@ public:
     virtual QString name() const = 0;
 };
 
-// Opens an existing database, shared and writable: a file path opens the embedded engine.
+// Opens an existing database, shared and writable: a file path opens the embedded engine, a
+// postgresql:// URI a database on a server.
 // A missing file or one that is no database is refused; nothing is ever created here.
 std::unique_ptr<Database> openDatabase(const QString& path);
 // Makes a new, empty database file; 3204 when the file exists already.
 std::unique_ptr<Database> createDatabase(const QString& path);
+
+// Removes a database createDatabase made, when making it up could not be finished.
+void removeDatabase(const QString& path);
 
 // How long a write waits for another process's lock before it fails with 3218.
 void setLockWait(int milliseconds);

@@ -120,17 +120,30 @@ std::unique_ptr<Database> PgDatabase::create(const QString& uri) {
         runOrThrow(server.get(), "CREATE DATABASE " + quoteName(database) + " TEMPLATE template0",
                    uri);
     }
-    auto connection = std::make_shared<Connection>();
-    connection->conn = connect(settingsOf(uri));
-    if (PQstatus(connection->conn) != CONNECTION_OK) {
-        throw error(CannotOpenFile, uri);
+    try {
+        auto connection = std::make_shared<Connection>();
+        connection->conn = connect(settingsOf(uri));
+        if (PQstatus(connection->conn) != CONNECTION_OK) {
+            throw error(CannotOpenFile, uri);
+        }
+        runOrThrow(connection->conn, QStringLiteral("CREATE EXTENSION IF NOT EXISTS citext"), uri);
+        for (const QString& function : functionDefinitions()) {
+            runOrThrow(connection->conn, function, uri);
+        }
+    } catch (const rt::Error&) {
+        drop(uri);  // half made, it would be neither new nor usable
+        throw;
     }
-    runOrThrow(connection->conn, QStringLiteral("CREATE EXTENSION IF NOT EXISTS citext"), uri);
-    for (const QString& function : functionDefinitions()) {
-        runOrThrow(connection->conn, function, uri);
-    }
-    connection.reset();
     return open(uri);
+}
+
+void PgDatabase::drop(const QString& uri) {
+    const QString database = settingsOf(uri).database;
+    std::unique_ptr<PGconn, decltype(&PQfinish)> server(
+        connect(settingsOf(uri, QStringLiteral("postgres"))), &PQfinish);
+    if (PQstatus(server.get()) == CONNECTION_OK && !database.isEmpty()) {
+        Result(PQexec(server.get(), ("DROP DATABASE IF EXISTS " + quoteName(database)).toUtf8()));
+    }
 }
 
 PgDatabase::PgDatabase(std::shared_ptr<Connection> connection, QString uri)

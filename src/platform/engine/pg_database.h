@@ -18,6 +18,8 @@ public:
     static bool isServerUri(const QString& path);
     static std::unique_ptr<Database> open(const QString& uri);
     static std::unique_ptr<Database> create(const QString& uri);
+    // Removes the database from its server, when nobody is connected to it.
+    static void drop(const QString& uri);
     ~PgDatabase() override;
 
     QStringList tableNames() override;
