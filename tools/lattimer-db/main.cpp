@@ -1,5 +1,6 @@
 // lattimer-db: what the suite's installer does, from the command line.
 
+#include "copy.h"
 #include "installation.h"
 
 #include <QCoreApplication>
@@ -24,7 +25,10 @@ const char* const kUsage =
     "  lattimer-db demo DIR [--console-folder F] [--database DB]\n"
     "      a demo installation with a sample directory, remembered by the console in F\n"
     "      (by default the folder of this program); the first run's temp.tmp and tarnell.new\n"
-    "      go to F, so that the first logon sets up the demo's administrator and company\n";
+    "      go to F, so that the first logon sets up the demo's administrator and company\n"
+    "  lattimer-db copy SOURCE TARGET\n"
+    "      the whole database SOURCE copied into TARGET, a new or empty database, each a file\n"
+    "      or a postgresql:// URI; every table's row count is checked on both sides\n";
 
 struct UsageError {
     QString message;
@@ -90,6 +94,14 @@ int run(const QStringList& arguments) {
         std::printf("Demo installation in %s; logon '%s', password '%s'\n",
                     qPrintable(QDir::toNativeSeparators(command.target)),
                     qPrintable(installer::kDemoLogon), qPrintable(installer::kDemoPassword));
+    } else if (name == "copy") {
+        if (arguments.size() != 3) {
+            throw UsageError{QStringLiteral("copy needs a source and a target.")};
+        }
+        installer::copyDatabase(arguments[1], arguments[2], [](const QString& step) {
+            std::fprintf(stderr, "%s\n", qPrintable(step));
+        });
+        std::printf("Copied %s to %s\n", qPrintable(arguments[1]), qPrintable(arguments[2]));
     } else {
         throw UsageError{name.isEmpty() ? QStringLiteral("a command is needed.")
                                         : "unknown command '" + name + "'."};

@@ -124,6 +124,10 @@ public:
     // Adds the rows with their values exactly, a counter's among them, all or none.
     virtual void insertRows(const QString& table, const QStringList& columns,
                             const std::vector<std::vector<rt::Variant>>& rows) = 0;
+    // The last number the table's counter gave, which may lie beyond its highest row; 0 when
+    // it gave none or the table has no counter.
+    virtual qint64 counterPosition(const QString& table) = 0;
+    virtual void setCounterPosition(const QString& table, qint64 position) = 0;
 
     // A dynaset on a SELECT statement or on a bare table name.
     virtual std::unique_ptr<Recordset> openRecordset(const QString& source) = 0;

@@ -197,6 +197,47 @@ void PgDatabase::insertRows(const QString& table, const QStringList& columns,
     unit.commit();
 }
 
+namespace {
+
+// The sequence of the table's counter column, empty when it has none.
+QString counterSequence(PgDatabase& database, Connection& connection, const QString& table) {
+    for (const ColumnDeclaration& column : database.columnsOf(table)) {
+        if (column.counter) {
+            return run(connection,
+                       QStringLiteral("SELECT pg_get_serial_sequence($1::text, $2::text)"),
+                       {rt::Variant(quoteName(table)), rt::Variant(column.name)})
+                .text(0, 0);
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+qint64 PgDatabase::counterPosition(const QString& table) {
+    const QString sequence = counterSequence(*this, *connection_, table);
+    if (sequence.isEmpty()) {
+        return 0;
+    }
+    const Result read =
+        run(*connection_, "SELECT CASE WHEN is_called THEN last_value ELSE 0 END FROM " + sequence);
+    return read.text(0, 0).toLongLong();
+}
+
+void PgDatabase::setCounterPosition(const QString& table, qint64 position) {
+    const QString sequence = counterSequence(*this, *connection_, table);
+    if (sequence.isEmpty()) {
+        return;
+    }
+    connection_->writeMade();
+    // Not yet called, the sequence gives its value next: that is how a counter that gave none
+    // stands.
+    run(*connection_,
+        QStringLiteral("SELECT setval($1::text::regclass, $2, %1)")
+            .arg(position > 0 ? "true" : "false"),
+        {rt::Variant(sequence), rt::Variant(std::max<qint64>(position, 1))});
+}
+
 std::unique_ptr<Recordset> PgDatabase::openRecordset(const QString& source) {
     connection_->handle();
     const dialect::Statement statement = dialect::analyse(source);

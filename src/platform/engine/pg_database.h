@@ -26,6 +26,8 @@ public:
     std::vector<ColumnDeclaration> columnsOf(const QString& table) override;
     void insertRows(const QString& table, const QStringList& columns,
                     const std::vector<std::vector<rt::Variant>>& rows) override;
+    qint64 counterPosition(const QString& table) override;
+    void setCounterPosition(const QString& table, qint64 position) override;
     std::unique_ptr<Recordset> openRecordset(const QString& source) override;
     void execute(const QString& sql) override;
     void close() override;

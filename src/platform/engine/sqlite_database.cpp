@@ -329,6 +329,30 @@ void SqliteDatabase::insertRows(const QString& table, const QStringList& columns
     transaction.commit();
 }
 
+qint64 SqliteDatabase::counterPosition(const QString& table) {
+    sqlite3* db = connection_->handle();
+    if (!tableExists(db, QStringLiteral("main"), QStringLiteral("sqlite_sequence"))) {
+        return 0;
+    }
+    Prepared read(db, QStringLiteral("SELECT seq FROM sqlite_sequence WHERE name = ?1"));
+    read.bind(1, rt::Variant(table));
+    return read.step() ? sqlite3_column_int64(read.get(), 0) : 0;
+}
+
+void SqliteDatabase::setCounterPosition(const QString& table, qint64 position) {
+    connection_->writeMade();
+    OwnTransaction transaction(*connection_);
+    Prepared remove(*connection_, QStringLiteral("DELETE FROM sqlite_sequence WHERE name = ?1"));
+    remove.bind(1, rt::Variant(table));
+    remove.step();
+    Prepared add(*connection_,
+                 QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES (?1, ?2)"));
+    add.bind(1, rt::Variant(table));
+    add.bind(2, rt::Variant(position));
+    add.step();
+    transaction.commit();
+}
+
 std::unique_ptr<Recordset> SqliteDatabase::openRecordset(const QString& source) {
     connection_->handle();
     const dialect::Statement statement = dialect::analyse(source);
