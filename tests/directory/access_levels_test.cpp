@@ -30,7 +30,7 @@ constexpr int kModifyNameOfClients = 11;
 constexpr int kClientAccountsNumber = 23;
 constexpr int kAccessAllClients = 76;
 
-class AccessLevelsTest : public ConsoleFixture {
+class AccessLevelsTestFixture : public ConsoleFixture {
 protected:
     // Logs on and opens the tab, which loads the first level.
     void start() {
@@ -84,7 +84,13 @@ protected:
     }
 };
 
-TEST_F(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
+class AccessLevelsTest : public testing_support::OnEveryBackend<AccessLevelsTestFixture> {};
+
+INSTANTIATE_TEST_SUITE_P(EveryBackend, AccessLevelsTest,
+                         ::testing::ValuesIn(testing_support::conformanceBackends()),
+                         testing_support::backendName);
+
+TEST_P(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
     start();
     EXPECT_EQ(console.cmbLevel->count(), 10);
     EXPECT_EQ(console.cmbLevel->itemText(3), "Senior Associate");
@@ -122,7 +128,7 @@ TEST_F(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
     EXPECT_FALSE(console.bLevelDirty);  // showing a group is no edit
 }
 
-TEST_F(AccessLevelsTest, TicksEditTheRightsInHandAndASaveStoresThem) {
+TEST_P(AccessLevelsTest, TicksEditTheRightsInHandAndASaveStoresThem) {
     start();
     tick(kModifyNameOfClients, false);
     EXPECT_TRUE(console.bLevelDirty);
@@ -155,7 +161,7 @@ TEST_F(AccessLevelsTest, TicksEditTheRightsInHandAndASaveStoresThem) {
 
 // The stored text covers positions 0 to 244 in "1" and "0" only: free positions are written
 // denied and whatever stood beyond is gone; the name goes in as typed.
-TEST_F(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
+TEST_P(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
     QString text = QString(245, '1') + QString(55, 'x');
     text[9] = 'x';
     text[100] = '1';
@@ -181,7 +187,7 @@ TEST_F(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
     EXPECT_EQ(gLevelNames(1), " Paralegal ");
 }
 
-TEST_F(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
+TEST_P(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
     const struct {
         const char* what;
         int answer;
@@ -228,7 +234,7 @@ TEST_F(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
     }
 }
 
-TEST_F(AccessLevelsTest, TheNameBox) {
+TEST_P(AccessLevelsTest, TheNameBox) {
     start();
     console.txtAccessLevel->clear();
     QTest::keyClicks(console.txtAccessLevel, "A name of more than twenty-five characters");
@@ -249,7 +255,7 @@ TEST_F(AccessLevelsTest, TheNameBox) {
     EXPECT_EQ(stored("level1name"), "Enter Name Here");
 }
 
-TEST_F(AccessLevelsTest, ClosingWithUnsavedChangesAsksAndEndsEitherWay) {
+TEST_P(AccessLevelsTest, ClosingWithUnsavedChangesAsksAndEndsEitherWay) {
     start();
     EXPECT_THROW(console.Form_Unload(), RunEnded);  // nothing unsaved: no question
     EXPECT_TRUE(ui.messages.empty());

@@ -22,7 +22,7 @@ namespace {
 
 using platform::RunEnded;
 
-class ConsoleTest : public ConsoleFixture {
+class ConsoleTestFixture : public ConsoleFixture {
 protected:
     void start() {
         logOn();
@@ -44,9 +44,15 @@ protected:
     }
 };
 
+class ConsoleTest : public testing_support::OnEveryBackend<ConsoleTestFixture> {};
+
+INSTANTIATE_TEST_SUITE_P(EveryBackend, ConsoleTest,
+                         ::testing::ValuesIn(testing_support::conformanceBackends()),
+                         testing_support::backendName);
+
 // Whatever the mouse and keyboard do to a list, it keeps a selected row, so that Edit, Delete and
 // Log User Off always have an entry to act on.
-TEST_F(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
+TEST_P(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
     start();
     const auto belowTheRows = [](ReportList* list) {
         return QPoint(20, list->viewport()->height() - 5);
@@ -101,7 +107,7 @@ TEST_F(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
     }
 }
 
-TEST_F(ConsoleTest, TheListsShowTheirCells) {
+TEST_P(ConsoleTest, TheListsShowTheirCells) {
     run("UPDATE users SET fslevel = 7 WHERE id = 5");
     run("UPDATE users SET num = NULL WHERE id = 7");
     run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 4, 0)");  // a second row: still one Yes
@@ -124,7 +130,7 @@ TEST_F(ConsoleTest, TheListsShowTheirCells) {
     EXPECT_EQ(console.lstEquipment->caption(0), "Equipment Description");
 }
 
-TEST_F(ConsoleTest, WhatEachTabShowsAndEnables) {
+TEST_P(ConsoleTest, WhatEachTabShowsAndEnables) {
     run("DELETE FROM users WHERE type = 2");
     start();
     const struct {
@@ -159,7 +165,7 @@ TEST_F(ConsoleTest, WhatEachTabShowsAndEnables) {
     EXPECT_TRUE(ui.modalWindows.empty());
 }
 
-TEST_F(ConsoleTest, OneSortOrderAlternatesAcrossAllLists) {
+TEST_P(ConsoleTest, OneSortOrderAlternatesAcrossAllLists) {
     run("UPDATE users SET id = 12 WHERE id = 3");  // "12" sorts before "2" as text
     run("UPDATE extaccess SET extid = 12 WHERE extid = 3");
     start();
@@ -177,7 +183,7 @@ TEST_F(ConsoleTest, OneSortOrderAlternatesAcrossAllLists) {
 
 // A failure on the way to a filled console ends the run, with a status that says so: a console
 // without its cursors would fail at the first command. So does one in a later fill.
-TEST_F(ConsoleTest, AFailureFillingTheConsoleEndsTheRun) {
+TEST_P(ConsoleTest, AFailureFillingTheConsoleEndsTheRun) {
     const struct {
         const char* fault;
         const char* message;
@@ -207,7 +213,7 @@ TEST_F(ConsoleTest, AFailureFillingTheConsoleEndsTheRun) {
     EXPECT_EQ(ui.texts(), std::vector<QString>{"Subscript out of range"});
 }
 
-TEST_F(ConsoleTest, NewEntriesGoAtTheEndAndAreSelected) {
+TEST_P(ConsoleTest, NewEntriesGoAtTheEndAndAreSelected) {
     run("DELETE FROM users WHERE type = 1");
     start();
     showTab(frmAdmin::Workgroups);
@@ -262,7 +268,7 @@ TEST_F(ConsoleTest, NewEntriesGoAtTheEndAndAreSelected) {
     EXPECT_FALSE(ui.busy);
 }
 
-TEST_F(ConsoleTest, AnAcceptedEditReloadsTheListAndACancelledOneDoesNot) {
+TEST_P(ConsoleTest, AnAcceptedEditReloadsTheListAndACancelledOneDoesNot) {
     start();
     console.lstColumnClick(console.lstEmployees, 1);  // the list's own sort is on: descending
     console.lstEmployees->selectRow(console.lstEmployees->rowCount() - 1);  // admin, sorted last

@@ -11,7 +11,7 @@
 
 namespace {
 
-class ListFillTest : public ConsoleFixture {
+class ListFillTestFixture : public ConsoleFixture {
 protected:
     // Each row as "tag:cell|cell|...", from the list.
     static QStringList shown(ReportList* list) {
@@ -59,7 +59,13 @@ protected:
     }
 };
 
-TEST_F(ListFillTest, EveryListShowsWhatTheRowByRowFillGives) {
+class ListFillTest : public testing_support::OnEveryBackend<ListFillTestFixture> {};
+
+INSTANTIATE_TEST_SUITE_P(EveryBackend, ListFillTest,
+                         ::testing::ValuesIn(testing_support::conformanceBackends()),
+                         testing_support::backendName);
+
+TEST_P(ListFillTest, EveryListShowsWhatTheRowByRowFillGives) {
     // Carmen has no rts row, Derek one, Brian two; rows of nobody and of a workgroup count for
     // no employee.
     run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 2, 0)");
@@ -102,7 +108,7 @@ TEST_F(ListFillTest, EveryListShowsWhatTheRowByRowFillGives) {
 }
 
 // At one cursor per employee, 40 employees overflow the count within 800 reloads.
-TEST_F(ListFillTest, TheEmployeeListReloadsAThousandTimesInOneRun) {
+TEST_P(ListFillTest, TheEmployeeListReloadsAThousandTimesInOneRun) {
     for (int i = 0; i < 35; ++i) {
         run(QStringLiteral("INSERT INTO users (Name, Logon, Password, accLevel, fslevel, Type) "
                            "VALUES ('Extra %1', 'x%1', 'x', 1, 0, 0)")

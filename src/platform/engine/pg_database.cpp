@@ -267,8 +267,33 @@ void PgDatabase::execute(const QString& sql) {
                 run(*connection_,
                     dialect::renderForServer(serverTokens(*connection_, statement.tokens)), {},
                     sql);
+                if (verb.isWord("insert")) {
+                    keepCounterAhead(statement.tokens);
+                }
             }
             return;
+        }
+    }
+}
+
+void PgDatabase::keepCounterAhead(const dialect::Tokens& insert) {
+    // Rows written with their ids, as the installer writes them, would leave the counter behind
+    // them; the embedded engine's counter goes on from the highest id, whatever wrote it.
+    const std::vector<size_t> top = dialect::topLevel(insert);
+    if (top.size() < 3 || !insert[top[1]].isWord("into")) {
+        return;
+    }
+    const QString table = insert[top[2]].text;
+    for (const ColumnDeclaration& column : columnsOf(table)) {
+        if (!column.counter) {
+            continue;
+        }
+        const qint64 highest = run(*connection_, "SELECT COALESCE(MAX(" + quoteName(column.name) +
+                                                     "), 0) FROM " + quoteName(table))
+                                   .text(0, 0)
+                                   .toLongLong();
+        if (highest > counterPosition(table)) {
+            setCounterPosition(table, highest);
         }
     }
 }

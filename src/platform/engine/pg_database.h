@@ -45,6 +45,7 @@ private:
     PgDatabase(std::shared_ptr<Connection> connection, QString uri);
     void define(const QString& sql);
     void selectInto(const dialect::Statement& statement);
+    void keepCounterAhead(const dialect::Tokens& insert);
     void endTransaction(bool keep);
 
     std::shared_ptr<Connection> connection_;
