@@ -1,8 +1,51 @@
 #include "platform/engine/connection_state.h"
 
+#include "platform/engine/errors.h"
+
 #include <algorithm>
 
 namespace engine {
+
+void ConnectionState::beginLevel(const Statement& statement, const QString& begin) {
+    statement(transactionDepth == 0 ? begin
+                                    : QStringLiteral("SAVEPOINT level%1").arg(transactionDepth));
+    if (transactionDepth == 0) {
+        transactionBegun();
+    }
+    ++transactionDepth;
+}
+
+void ConnectionState::endLevel(bool keep, const Statement& statement,
+                               const std::function<void()>& abandon) {
+    int& depth = transactionDepth;
+    if (depth == 0) {
+        throw error(NoTransaction);
+    }
+    try {
+        if (depth == 1) {
+            statement(keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
+        } else {
+            const QString level = QStringLiteral("level%1").arg(depth - 1);
+            if (!keep) {
+                statement("ROLLBACK TO " + level);
+            }
+            statement("RELEASE " + level);
+        }
+    } catch (const rt::Error&) {
+        if (depth == 1) {
+            abandon();
+            levelUndone(1);
+            depth = 0;
+        }
+        throw;
+    }
+    if (keep) {
+        levelKept(depth);
+    } else {
+        levelUndone(depth);
+    }
+    --depth;
+}
 
 void ConnectionState::rememberCursor(const void* cursor, std::function<void()> restore) {
     if (transactionDepth == 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QtGlobal>
 
 #include <functional>
@@ -15,6 +16,15 @@ public:
     virtual ~ConnectionState() = default;
 
     int transactionDepth = 0;
+
+    // Levels of transaction, counted here and begun and ended by the backend's `statement`: the
+    // outermost with `begin`, COMMIT and ROLLBACK, the others as savepoints. A unit whose commit
+    // fails is undone whole through `abandon`, as it would otherwise take in every later
+    // statement only to lose them at close; a nested level that couldn't be ended stays open for
+    // the caller to roll back.
+    using Statement = std::function<void(const QString& sql)>;
+    void beginLevel(const Statement& statement, const QString& begin);
+    void endLevel(bool keep, const Statement& statement, const std::function<void()>& abandon);
 
     // A cursor's rows cached before its first change inside an open transaction level: when the
     // level is undone, the cursor is put back as it stood, so that it shows what the database

@@ -462,13 +462,8 @@ void PgDatabase::endRead() {
 }
 
 void PgDatabase::beginTrans() {
-    int& depth = connection_->transactionDepth;
-    control(*connection_,
-            depth == 0 ? QStringLiteral("BEGIN") : QStringLiteral("SAVEPOINT level%1").arg(depth));
-    if (depth == 0) {
-        connection_->transactionBegun();
-    }
-    ++depth;
+    connection_->beginLevel([this](const QString& sql) { control(*connection_, sql); },
+                            QStringLiteral("BEGIN"));
 }
 
 void PgDatabase::commitTrans() {
@@ -481,35 +476,9 @@ void PgDatabase::rollback() {
 
 void PgDatabase::endTransaction(bool keep) {
     PGconn* conn = connection_->handle();
-    int& depth = connection_->transactionDepth;
-    if (depth == 0) {
-        throw error(NoTransaction);
-    }
-    try {
-        if (depth == 1) {
-            control(*connection_, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
-        } else {
-            const QString level = QStringLiteral("level%1").arg(depth - 1);
-            if (!keep) {
-                control(*connection_, "ROLLBACK TO SAVEPOINT " + level);
-            }
-            control(*connection_, "RELEASE SAVEPOINT " + level);
-        }
-    } catch (const rt::Error&) {
-        // A unit whose commit failed is undone whole, as on the embedded engine.
-        if (depth == 1) {
-            Result(PQexec(conn, "ROLLBACK"));
-            connection_->levelUndone(1);
-            depth = 0;
-        }
-        throw;
-    }
-    if (keep) {
-        connection_->levelKept(depth);
-    } else {
-        connection_->levelUndone(depth);
-    }
-    --depth;
+    connection_->endLevel(
+        keep, [this](const QString& sql) { control(*connection_, sql); },
+        [conn] { Result(PQexec(conn, "ROLLBACK")); });
 }
 
 }  // namespace engine::pg

@@ -515,13 +515,9 @@ void SqliteDatabase::endRead() {
 
 void SqliteDatabase::beginTrans() {
     sqlite3* db = connection_->handle();
-    int& depth = openLevels();
-    run(db, depth == 0 ? QStringLiteral("BEGIN IMMEDIATE")
-                       : QStringLiteral("SAVEPOINT level%1").arg(depth));
-    if (depth == 0) {
-        connection_->transactionBegun();
-    }
-    ++depth;
+    openLevels();
+    connection_->beginLevel([db](const QString& sql) { run(db, sql); },
+                            QStringLiteral("BEGIN IMMEDIATE"));
 }
 
 void SqliteDatabase::commitTrans() {
@@ -534,36 +530,9 @@ void SqliteDatabase::rollback() {
 
 void SqliteDatabase::endTransaction(bool keep) {
     sqlite3* db = connection_->handle();
-    int& depth = openLevels();
-    if (depth == 0) {
-        throw error(NoTransaction);
-    }
-    try {
-        if (depth == 1) {
-            run(db, keep ? QStringLiteral("COMMIT") : QStringLiteral("ROLLBACK"));
-        } else {
-            const QString level = QStringLiteral("level%1").arg(depth - 1);
-            if (!keep) {
-                run(db, "ROLLBACK TO " + level);
-            }
-            run(db, "RELEASE " + level);
-        }
-    } catch (const rt::Error&) {
-        // A unit whose commit failed is undone whole: left open, it would take in every later
-        // statement only to lose them at close. A nested level that couldn't be ended stays open
-        // for the caller to roll back.
-        if (depth == 1) {
-            abandonTransaction(db);
-            connection_->levelUndone(1);
-        }
-        throw;
-    }
-    if (keep) {
-        connection_->levelKept(depth);
-    } else {
-        connection_->levelUndone(depth);
-    }
-    --depth;
+    openLevels();
+    connection_->endLevel(
+        keep, [db](const QString& sql) { run(db, sql); }, [db] { abandonTransaction(db); });
 }
 
 }  // namespace engine
