@@ -93,7 +93,7 @@ void ConnectionState::levelUndone(int level) {
 }
 
 std::optional<ConnectionState::ReadMark> ConnectionState::readMark() const {
-    if (!inTransaction()) {
+    if (!readsStandStill()) {
         return std::nullopt;
     }
     return ReadMark{transactionsBegun_, writes_};

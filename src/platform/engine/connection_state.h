@@ -36,9 +36,9 @@ public:
     void levelKept(int level);
     void levelUndone(int level);
 
-    // While one transaction stands open and this connection changes nothing, no other program
-    // can commit either: what was read meanwhile is still what the database holds. A mark says
-    // when a read was made; none is given outside a transaction.
+    // While reads stand still and this connection changes nothing, what was read meanwhile is
+    // still what the database holds. A mark says when a read was made; none is given while reads
+    // don't stand still.
     struct ReadMark {
         quint64 transaction;
         quint64 writes;
@@ -50,7 +50,10 @@ public:
     void writeMade() { ++writes_; }
 
 protected:
-    virtual bool inTransaction() const = 0;
+    // Whether nothing another program commits can change what this connection reads, until its
+    // transaction ends: on a file, any transaction, which keeps other writers out; on a server,
+    // a read scope's snapshot.
+    virtual bool readsStandStill() const = 0;
 
 private:
     quint64 transactionsBegun_ = 0;

@@ -452,10 +452,12 @@ bool PgDatabase::beginRead() {
     // One snapshot for all the reads of the scope, as the embedded engine's read lock gives.
     control(*connection_, QStringLiteral("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY"));
     connection_->transactionBegun();
+    connection_->snapshot = true;
     return true;
 }
 
 void PgDatabase::endRead() {
+    connection_->snapshot = false;
     if (connection_->conn) {
         Result(PQexec(connection_->conn, "COMMIT"));
     }

@@ -200,12 +200,8 @@ void Connection::close() {
     }
 }
 
-bool Connection::inTransaction() const {
-    if (!conn) {
-        return false;
-    }
-    const PGTransactionStatusType status = PQtransactionStatus(conn);
-    return status == PQTRANS_INTRANS || status == PQTRANS_INERROR;
+bool Connection::readsStandStill() const {
+    return conn && snapshot && PQtransactionStatus(conn) == PQTRANS_INTRANS;
 }
 
 const Connection::Declared* Connection::declared(Oid table, int column) {

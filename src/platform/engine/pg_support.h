@@ -46,9 +46,12 @@ struct Connection : ConnectionState {
 
     // The type number of citext in this database, which each database gives its own.
     Oid citext = 0;
+    // A read scope's snapshot is open: the server's other transactions read what was committed
+    // before each statement, and others may commit between two.
+    bool snapshot = false;
 
 protected:
-    bool inTransaction() const override;
+    bool readsStandStill() const override;
 
 private:
     QHash<Oid, QHash<int, Declared>> declarations_;

@@ -63,7 +63,7 @@ void Connection::giveBackStatement(QByteArray sql, sqlite3_stmt* statement) {
     }
 }
 
-bool Connection::inTransaction() const {
+bool Connection::readsStandStill() const {
     return db && !sqlite3_get_autocommit(db);
 }
 

@@ -34,7 +34,7 @@ struct Connection : ConnectionState {
     void giveBackStatement(QByteArray sql, sqlite3_stmt* statement);
 
 protected:
-    bool inTransaction() const override;
+    bool readsStandStill() const override;
 
 private:
     struct Idle {
