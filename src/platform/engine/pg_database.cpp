@@ -164,17 +164,9 @@ QStringList PgDatabase::tableNames() {
 }
 
 std::vector<ColumnDeclaration> PgDatabase::columnsOf(const QString& table) {
-    const Result found = run(*connection_,
-                             QStringLiteral("SELECT attname, coalesce(col_description(attrelid, "
-                                            "attnum), ''), attidentity FROM pg_attribute WHERE "
-                                            "attrelid = $1::text::regclass AND attnum > 0 AND NOT "
-                                            "attisdropped ORDER BY attnum"),
-                             {rt::Variant(quoteName(table))});
     std::vector<ColumnDeclaration> columns;
-    for (int r = 0; r < found.rows(); ++r) {
-        if (found.text(r, 0) != kRowKey) {
-            columns.push_back({found.text(r, 0), found.text(r, 1), found.text(r, 2) == "d"});
-        }
+    for (const Connection::Declared& column : connection_->columnsOf(table)) {
+        columns.push_back({column.name, column.type, column.counter});
     }
     return columns;
 }

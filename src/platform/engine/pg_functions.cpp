@@ -30,9 +30,10 @@ QString sqlState(int number) {
                          : QStringLiteral("O%1").arg(number, 4, 10, QChar('0'));
 }
 
-QString raise(int number) {
+// `message` is a PL/pgSQL expression; by default the runtime's text of the failure.
+QString raise(int number, const QString& message = QString()) {
     return QStringLiteral("RAISE EXCEPTION USING ERRCODE = '%1', MESSAGE = %2")
-        .arg(sqlState(number), literal(rt::errorText(number)));
+        .arg(sqlState(number), message.isEmpty() ? literal(rt::errorText(number)) : message);
 }
 
 // The engine's text for a pattern with a [ that isn't closed, as a PL/pgSQL expression of the
@@ -51,9 +52,7 @@ QString filled(QString text) {
     text.replace(QLatin1String("{INVALID}"), raise(rt::InvalidProcedureCall));
     text.replace(QLatin1String("{DIVISION}"), raise(rt::DivisionByZero));
     text.replace(QLatin1String("{MISMATCH}"), raise(rt::TypeMismatch));
-    text.replace(QLatin1String("{BAD_PATTERN}"),
-                 QStringLiteral("RAISE EXCEPTION USING ERRCODE = '%1', MESSAGE = %2")
-                     .arg(sqlState(SyntaxError), patternErrorMessage()));
+    text.replace(QLatin1String("{BAD_PATTERN}"), raise(SyntaxError, patternErrorMessage()));
     text.replace(QLatin1String("{FIRST_DAY}"), real(kFirstDay));
     text.replace(QLatin1String("{LAST_DAY}"), real(kLastDay));
     text.replace(QLatin1String("{LAST_SERIAL}"), real(kLastSerial));

@@ -68,10 +68,7 @@ PgRecordset::PgRecordset(std::shared_ptr<Connection> connection,
       itemTypes_(statement.itemTypes) {
     const dialect::Tokens tokens = serverTokens(*connection_, statement.tokens);
     if (keyed()) {
-        tableOid_ = Oid(run(*connection_, QStringLiteral("SELECT $1::text::regclass::oid"),
-                            {rt::Variant(quoteName(table()))}, this->source())
-                            .text(0, 0)
-                            .toUInt());
+        tableOid_ = connection_->tableOid(table());
     }
     const QString key = quoteName(table()) + "." + quoteName(kRowKey);
     if (statement.kind == dialect::Statement::TableName) {
@@ -104,7 +101,7 @@ void PgRecordset::describe(const Result& result, int first) {
         shown_.push_back(c - first);
         Column column;
         column.info.name = name;
-        const Connection::Declared* declared =
+        const std::optional<Connection::Declared> declared =
             connection_->declared(PQftable(result.get(), c), PQftablecol(result.get(), c));
         const int declaredType = declared ? fieldTypeOf(declared->type) : 0;
         const int listed = selectItemType(itemTypes_, c - first, count - first);
@@ -220,8 +217,8 @@ std::vector<std::pair<QString, rt::Variant>> PgRecordset::columnDefaults() {
                                             "coalesce(col_description(a.attrelid, a.attnum), '') "
                                             "FROM pg_attrdef d JOIN pg_attribute a ON "
                                             "a.attrelid = d.adrelid AND a.attnum = d.adnum "
-                                            "WHERE d.adrelid = $1::text::regclass"),
-                             {rt::Variant(quoteName(table()))}, source());
+                                            "WHERE d.adrelid = $1"),
+                             {rt::Variant(qint64(tableOid_))}, source());
     for (int r = 0; r < found.rows(); ++r) {
         const Result value = run(*connection_, "SELECT " + found.text(r, 1), {}, source());
         defaults.emplace_back(found.text(r, 0),

@@ -204,47 +204,46 @@ bool Connection::readsStandStill() const {
     return conn && snapshot && PQtransactionStatus(conn) == PQTRANS_INTRANS;
 }
 
-const Connection::Declared* Connection::declared(Oid table, int column) {
-    if (table == 0 || column <= 0) {
-        return nullptr;
+Oid Connection::tableOid(const QString& table) {
+    const QString key = table.toLower();
+    if (!tables_.contains(key)) {
+        tables_.insert(key, Oid(run(*this, QStringLiteral("SELECT $1::text::regclass::oid"),
+                                    {rt::Variant(quoteName(table))})
+                                    .text(0, 0)
+                                    .toUInt()));
     }
-    if (!declarations_.contains(table)) {
-        Result result =
-            run(*this,
-                QStringLiteral("SELECT a.attnum, a.attname, "
-                               "coalesce(col_description(a.attrelid, a.attnum), ''), "
-                               "a.attidentity FROM pg_attribute a WHERE a.attrelid = $1 "
-                               "AND a.attnum > 0 AND NOT a.attisdropped"),
-                {rt::Variant(qint64(table))});
-        QHash<int, Declared>& columns = declarations_[table];
-        for (int r = 0; r < result.rows(); ++r) {
-            columns.insert(result.text(r, 0).toInt(),
-                           {result.text(r, 1), result.text(r, 2), result.text(r, 3) == "d"});
-        }
-    }
-    const auto& columns = declarations_[table];
-    const auto found = columns.constFind(column);
-    return found == columns.constEnd() ? nullptr : &*found;
+    return tables_.value(key);
 }
 
-QStringList Connection::columnsOf(const QString& table) {
-    const QString key = table.toLower();
-    if (!columns_.contains(key)) {
+std::vector<Connection::Declared> Connection::columnsOf(Oid table) {
+    if (!columns_.contains(table)) {
         const Result result =
             run(*this,
-                QStringLiteral("SELECT attname FROM pg_attribute WHERE attrelid = "
-                               "$1::text::regclass AND attnum > 0 AND NOT attisdropped ORDER BY "
-                               "attnum"),
-                {rt::Variant(quoteName(table))});
-        QStringList names;
+                QStringLiteral("SELECT attnum, attname, coalesce(col_description(attrelid, "
+                               "attnum), ''), attidentity FROM pg_attribute WHERE attrelid = $1 "
+                               "AND attnum > 0 AND NOT attisdropped ORDER BY attnum"),
+                {rt::Variant(qint64(table))});
+        std::vector<Declared>& columns = columns_[table];
         for (int r = 0; r < result.rows(); ++r) {
-            if (result.text(r, 0) != kRowKey) {
-                names << result.text(r, 0);
+            if (result.text(r, 1) != kRowKey) {
+                columns.push_back({result.text(r, 0).toInt(), result.text(r, 1), result.text(r, 2),
+                                   result.text(r, 3) == "d"});
             }
         }
-        columns_.insert(key, names);
     }
-    return columns_.value(key);
+    return columns_.value(table);
+}
+
+std::optional<Connection::Declared> Connection::declared(Oid table, int column) {
+    if (table == 0 || column <= 0) {
+        return std::nullopt;
+    }
+    for (const Declared& declared : columnsOf(table)) {
+        if (declared.number == column) {
+            return declared;
+        }
+    }
+    return std::nullopt;
 }
 
 QString Result::text(int row, int column) const {
@@ -531,13 +530,13 @@ Tokens columnsFor(Connection& connection, const std::vector<TableReference>& tab
             reference.table.compare(qualifier, Qt::CaseInsensitive) != 0) {
             continue;
         }
-        for (const QString& column : connection.columnsOf(reference.table)) {
+        for (const Connection::Declared& column : connection.columnsOf(reference.table)) {
             if (!list.empty()) {
                 list.push_back({Token::Symbol, ","});
             }
             list.push_back({Token::Name, reference.alias});
             list.push_back({Token::Symbol, "."});
-            list.push_back({Token::Name, column});
+            list.push_back({Token::Name, column.name});
         }
     }
     return list;

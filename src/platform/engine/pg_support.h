@@ -12,6 +12,7 @@
 #include <libpq-fe.h>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 // What the server backend's database and cursors share: the connection, statements with their
@@ -28,19 +29,23 @@ struct Connection : ConnectionState {
     PGconn* handle() const;  // raises 3420 once closed
     void close();
 
-    // The declared type of a table's column, as the suite declared it ("VARCHAR(50)",
-    // "DATETIME" ...), and whether the column is a counter.
+    // A table's column: its number, its name, its type as the suite declared it ("VARCHAR(50)",
+    // "DATETIME" ...), kept in the column's comment, and whether it is a counter.
     struct Declared {
+        int number = 0;
         QString name;
         QString type;
         bool counter = false;
     };
-    const Declared* declared(Oid table, int column);
+    // The table by its name; 3078 for no such table.
+    Oid tableOid(const QString& table);
     // The table's columns in their order, the row key left out.
-    QStringList columnsOf(const QString& table);
+    std::vector<Declared> columnsOf(Oid table);
+    std::vector<Declared> columnsOf(const QString& table) { return columnsOf(tableOid(table)); }
+    std::optional<Declared> declared(Oid table, int column);
     // Definitions change what a table's columns are.
     void forgetDeclarations() {
-        declarations_.clear();
+        tables_.clear();
         columns_.clear();
     }
 
@@ -54,8 +59,8 @@ protected:
     bool readsStandStill() const override;
 
 private:
-    QHash<Oid, QHash<int, Declared>> declarations_;
-    QHash<QString, QStringList> columns_;
+    QHash<QString, Oid> tables_;
+    QHash<Oid, std::vector<Declared>> columns_;
 };
 
 class Result {
