@@ -42,9 +42,7 @@ protected:
 
 class SessionCheckTest : public testing_support::OnEveryBackend<SessionCheckTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, SessionCheckTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(SessionCheckTest);
 
 TEST_P(SessionCheckTest, TheFiftyFirstOpenLooksAndTheMessageComesAtTheOpenAfter) {
     opens(50);

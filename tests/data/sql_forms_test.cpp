@@ -41,9 +41,7 @@ protected:
 
 class SqlFormsTest : public testing_support::OnEveryBackend<SqlFormsTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, SqlFormsTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(SqlFormsTest);
 
 // The reachable list of a user without the right to all clients, as logon writes it.
 QString reachableQuery(const QString& n) {

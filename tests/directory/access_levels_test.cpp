@@ -86,9 +86,7 @@ protected:
 
 class AccessLevelsTest : public testing_support::OnEveryBackend<AccessLevelsTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, AccessLevelsTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(AccessLevelsTest);
 
 TEST_P(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
     start();

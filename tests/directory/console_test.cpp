@@ -46,9 +46,7 @@ protected:
 
 class ConsoleTest : public testing_support::OnEveryBackend<ConsoleTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, ConsoleTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(ConsoleTest);
 
 // Whatever the mouse and keyboard do to a list, it keeps a selected row, so that Edit, Delete and
 // Log User Off always have an entry to act on.

@@ -15,8 +15,8 @@ namespace {
 class CopyToServerTest : public ConsoleFixture {
 protected:
     void SetUp() override {
-        if (!testing_support::postgresqlServerIsThere()) {
-            GTEST_SKIP() << "no PostgreSQL server for this run";
+        if (testing_support::lacksServer(testing_support::Backend::Postgresql)) {
+            GTEST_SKIP() << testing_support::kNoServer;
         }
         ConsoleFixture::SetUp();
     }

@@ -122,9 +122,7 @@ protected:
 
 class EmployeeDeletionTest : public testing_support::OnEveryBackend<EmployeeDeletionTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, EmployeeDeletionTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(EmployeeDeletionTest);
 
 // Failures made with the embedded engine's own triggers and another program's lock on the file.
 class FileEmployeeDeletionTest : public EmployeeDeletionTestFixture {};

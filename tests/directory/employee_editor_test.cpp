@@ -59,9 +59,7 @@ public:
 
 class EditorTest : public testing_support::OnEveryBackend<EditorTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, EditorTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(EditorTest);
 
 TEST_P(EditorTest, ValidationStopsAtTheFirstFailureInItsOrder) {
     const struct {

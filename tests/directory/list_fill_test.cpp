@@ -61,9 +61,7 @@ protected:
 
 class ListFillTest : public testing_support::OnEveryBackend<ListFillTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, ListFillTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(ListFillTest);
 
 TEST_P(ListFillTest, EveryListShowsWhatTheRowByRowFillGives) {
     // Carmen has no rts row, Derek one, Brian two; rows of nobody and of a workgroup count for

@@ -48,9 +48,7 @@ protected:
 
 class ConsoleCommandsTest : public testing_support::OnEveryBackend<ConsoleCommandsTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, ConsoleCommandsTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(ConsoleCommandsTest);
 
 // Failures made with another program's lock on the database file.
 class FileConsoleCommandsTest : public ConsoleCommandsTestFixture {};

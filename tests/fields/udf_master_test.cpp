@@ -130,9 +130,7 @@ protected:
 
 class UDFMasterTest : public testing_support::OnEveryBackend<UDFMasterTestFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, UDFMasterTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(UDFMasterTest);
 
 // Failures made with another program's lock on the database file.
 class FileUDFMasterTest : public UDFMasterTestFixture {};

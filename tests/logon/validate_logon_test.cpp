@@ -72,9 +72,7 @@ protected:
 
 class ValidateLogonTest : public testing_support::OnEveryBackend<ValidateLogonFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, ValidateLogonTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(ValidateLogonTest);
 
 // Each check before the credentials shows its message and sets the focus; none remembers the
 // database.

@@ -19,15 +19,13 @@ using testing_support::errorOf;
 
 class DynasetFixture : public ::testing::Test {
 protected:
-    virtual testing_support::Backend backend() const = 0;
     void SetUp() override {
-        if (backend() == testing_support::Backend::Postgresql &&
-            !testing_support::postgresqlServerIsThere()) {
-            GTEST_SKIP() << "no PostgreSQL server for this run";
+        if (testing_support::lacksServer(backend)) {
+            GTEST_SKIP() << testing_support::kNoServer;
         }
         // Short, so that a read lock a cursor forgot to let go of fails the other's write.
         engine::setLockWait(300);
-        path = testing_support::newDatabaseLocation(backend(), dir, "dynaset");
+        path = testing_support::newDatabaseLocation(backend, dir, "dynaset");
         db = engine::createDatabase(path);
         db->execute("CREATE TABLE emp (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT, age INT)");
         db->execute(
@@ -38,23 +36,15 @@ protected:
     QTemporaryDir dir;
     QString path;
     std::unique_ptr<engine::Database> db;
+    testing_support::Backend backend = testing_support::Backend::Sqlite;
 };
 
-class DynasetTest : public DynasetFixture,
-                    public ::testing::WithParamInterface<testing_support::Backend> {
-protected:
-    testing_support::Backend backend() const override { return GetParam(); }
-};
+class DynasetTest : public testing_support::OnEveryBackend<DynasetFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, DynasetTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(DynasetTest);
 
 // The embedded engine's read lock: the writers of other programs wait for the end of a read.
-class FileDynasetTest : public DynasetFixture {
-protected:
-    testing_support::Backend backend() const override { return testing_support::Backend::Sqlite; }
-};
+class FileDynasetTest : public DynasetFixture {};
 
 TEST_P(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
     auto rs = db->openRecordset("SELECT id, name FROM emp WHERE age < 50 ORDER BY id");

@@ -32,14 +32,12 @@ using testing_support::OtherProgram;
 
 class EngineFixture : public ::testing::Test {
 protected:
-    virtual testing_support::Backend backend() const = 0;
     void SetUp() override {
-        if (backend() == testing_support::Backend::Postgresql &&
-            !testing_support::postgresqlServerIsThere()) {
-            GTEST_SKIP() << "no PostgreSQL server for this run";
+        if (testing_support::lacksServer(backend)) {
+            GTEST_SKIP() << testing_support::kNoServer;
         }
         engine::setLockWait(3000);
-        path = testing_support::newDatabaseLocation(backend(), dir, "engine");
+        path = testing_support::newDatabaseLocation(backend, dir, "engine");
         db = engine::createDatabase(path);
         db->execute(
             "CREATE TABLE people (id INTEGER PRIMARY KEY AUTOINCREMENT, name VARCHAR(20) COLLATE "
@@ -68,24 +66,16 @@ protected:
     QTemporaryDir dir;
     QString path;
     std::unique_ptr<engine::Database> db;
+    testing_support::Backend backend = testing_support::Backend::Sqlite;
 };
 
 // What every backend gives alike.
-class EngineTest : public EngineFixture,
-                   public ::testing::WithParamInterface<testing_support::Backend> {
-protected:
-    testing_support::Backend backend() const override { return GetParam(); }
-};
+class EngineTest : public testing_support::OnEveryBackend<EngineFixture> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryBackend, EngineTest,
-                         ::testing::ValuesIn(testing_support::conformanceBackends()),
-                         testing_support::backendName);
+ORVANE_ON_EVERY_BACKEND(EngineTest);
 
 // What is the embedded engine's own: database files, and other processes on the same file.
-class FileEngineTest : public EngineFixture {
-protected:
-    testing_support::Backend backend() const override { return testing_support::Backend::Sqlite; }
-};
+class FileEngineTest : public EngineFixture {};
 
 TEST_F(FileEngineTest, OpeningRefusesWhatIsNoDatabaseAndNeverCreatesOne) {
     const QString missing = dir.filePath("missing.mdb");

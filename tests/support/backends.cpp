@@ -22,6 +22,10 @@ bool postgresqlServerIsThere() {
     return !qEnvironmentVariableIsEmpty("PGHOST");
 }
 
+bool lacksServer(Backend backend) {
+    return backend == Backend::Postgresql && !postgresqlServerIsThere();
+}
+
 std::vector<Backend> conformanceBackends() {
     return {Backend::Sqlite, Backend::Postgresql};
 }

@@ -30,8 +30,8 @@ int errorOf(const std::function<void()>& action) {
 }
 
 void SeamTest::SetUp() {
-    if (backend == Backend::Postgresql && !postgresqlServerIsThere()) {
-        GTEST_SKIP() << "no PostgreSQL server for this run";
+    if (lacksServer(backend)) {
+        GTEST_SKIP() << kNoServer;
     }
     ASSERT_TRUE(folder.isValid());
     platform::setUi(&ui);

@@ -39,14 +39,6 @@ protected:
     Backend backend = Backend::Sqlite;
 };
 
-// A fixture's cases on each backend of the conformance, the PostgreSQL ones skipped in a run
-// without a server.
-template <class Fixture>
-class OnEveryBackend : public Fixture, public ::testing::WithParamInterface<Backend> {
-public:
-    OnEveryBackend() { this->backend = this->GetParam(); }
-};
-
 // A demo installation that the console in the tests' program folder remembers, with a settings
 // file of its own; nothing is open yet. The first logon sets up the demo's administrator and
 // company, as on a new installation; a test that ends without one leaves no first run pending
