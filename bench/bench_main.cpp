@@ -169,9 +169,10 @@ public:
             figure(ours->counters.at("rss_growth_MB"), "MB"), "", "", "", "");
     }
 
-    void deletionCheck(const std::string& kase, int size) {
+    // Whether `side` left the rows the raw statements left.
+    void deletionCheck(const std::string& kase, int size, const std::string& side = "console") {
         const auto& outcomes = bench::deletionOutcomes();
-        const auto ours = outcomes.find(kase + "/console/" + std::to_string(size));
+        const auto ours = outcomes.find(kase + "/" + side + "/" + std::to_string(size));
         const auto theirs = outcomes.find(kase + "/raw/" + std::to_string(size));
         if (ours == outcomes.end() || theirs == outcomes.end()) {
             return;
@@ -181,7 +182,7 @@ public:
             return;
         }
         row("  rows left by both sides", "", "DIFFERENT", "", "", "", "");
-        std::printf("    console: %s\n    raw:     %s\n", ours->second.c_str(),
+        std::printf("    %s: %s\n    raw: %s\n", side.c_str(), ours->second.c_str(),
                     theirs->second.c_str());
     }
 
@@ -279,6 +280,10 @@ int main(int argc, char** argv) {
                       size == 10000 ? std::optional<double>(1.5) : std::nullopt);
     }
     for (int size : plan.directorySizes) {
+        summary.ratio("  on PostgreSQL, against SQLite", "fill", "server", "console", size,
+                      std::nullopt);
+    }
+    for (int size : plan.directorySizes) {
         summary.logon(size, size == 10000 ? std::optional<double>(100) : std::nullopt);
     }
     for (int size : plan.directorySizes) {
@@ -291,6 +296,12 @@ int main(int argc, char** argv) {
         summary.deletionCheck("deletion_handover", size);
         summary.ratio("employee deletion, all data", "deletion_all", "console", "raw", size, 1.3);
         summary.deletionCheck("deletion_all", size);
+        summary.ratio("  on PostgreSQL, against SQLite", "deletion_handover", "server", "console",
+                      size, std::nullopt);
+        summary.deletionCheck("deletion_handover", size, "server");
+        summary.ratio("  on PostgreSQL, against SQLite", "deletion_all", "server", "console", size,
+                      std::nullopt);
+        summary.deletionCheck("deletion_all", size, "server");
     }
     summary.ratio("start to the logon window", "start", "console", "bare_qt", plan.memorySize, 1.3);
     summary.ratio("  against a dialog with text", "start", "console", "bare_qt_text",

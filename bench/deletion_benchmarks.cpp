@@ -5,9 +5,12 @@
 #include "bench_session.h"
 #include "benchmarks.h"
 #include "raw_sqlite.h"
+#include "server_data.h"
 
 #include "data/dbase.h"
 #include "directory/employee_deletion.h"
+#include "platform/convert.h"
+#include "platform/engine/engine.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,7 +47,12 @@ std::vector<std::string> deletionStatements(bool handOver) {
     return result;
 }
 
-QString freshCopy(int ownedRows) {
+// The deletion database as it was made, on the embedded engine or on the server.
+QString freshCopy(int ownedRows, bool onServer) {
+    if (onServer) {
+        return freshServerCopy(serverDeletionDatabase(ownedRows),
+                               QStringLiteral("orvane_bench_deletion_work"));
+    }
     const QString copy = QDir(dataFolder()).filePath(QStringLiteral("deletion-work.mdb"));
     QFile::remove(copy);
     QFile::remove(copy + "-journal");
@@ -54,9 +62,13 @@ QString freshCopy(int ownedRows) {
     return copy;
 }
 
-// What the deletion left, to check that both sides did the same.
-std::string outcome(const QString& path) {
-    raw::Database db(path.toStdString());
+qint64 countOf(engine::Database& db, const QString& sql) {
+    return qint64(rt::CDbl(db.openRecordset(sql)->field(0).value()));
+}
+
+// What the deletion left, to check that every side did the same.
+std::string outcome(const QString& location) {
+    const auto db = engine::openDatabase(location);
     std::string result;
     for (const char* table :
          {"users",    "extaccess", "udfs",     "reminder", "billcode", "options",  "auto",
@@ -65,14 +77,16 @@ std::string outcome(const QString& path) {
           "history",  "files",     "acctudf",  "projudf",  "RelDocs",  "RelPple",  "balance",
           "trans",    "billsetup", "funds",    "charges",  "invoice",  "disburse"}) {
         result += std::string(table) + "=" +
-                  std::to_string(db.count(std::string("SELECT count(*) FROM ") + table)) + " ";
+                  std::to_string(countOf(*db, QStringLiteral("SELECT count(*) FROM ") + table)) +
+                  " ";
     }
     for (const char* table : {"clients", "invoice", "charges", "lists", "reflib"}) {
-        result +=
-            std::string(table) + ".received=" +
-            std::to_string(db.count(std::string("SELECT count(*) FROM ") + table +
-                                    " WHERE userid = " + std::to_string(kReceivingEmployee))) +
-            " ";
+        result += std::string(table) + ".received=" +
+                  std::to_string(countOf(*db, QStringLiteral("SELECT count(*) FROM %1 WHERE "
+                                                             "userid = %2")
+                                                  .arg(QLatin1String(table))
+                                                  .arg(kReceivingEmployee))) +
+                  " ";
     }
     return result;
 }
@@ -82,11 +96,11 @@ std::string caseName(benchmark::State& state, bool handOver, const char* side) {
            std::to_string(state.range(0));
 }
 
-void deleteThroughEngine(benchmark::State& state, bool handOver) {
+void deleteThroughEngine(benchmark::State& state, bool handOver, bool onServer) {
     const int ownedRows = int(state.range(0));
     QString copy;
     for (auto _ : state) {
-        copy = freshCopy(ownedRows);
+        copy = freshCopy(ownedRows, onServer);
         gDBase.theDb = engine::openDatabase(copy);
         ui().messages.clear();
         const auto start = Clock::now();
@@ -100,8 +114,10 @@ void deleteThroughEngine(benchmark::State& state, bool handOver) {
         }
     }
     state.counters["owned_rows"] = double(ownedRowsOf(ownedRows));
-    deletionOutcomes()[caseName(state, handOver, "console")] = outcome(copy);
-    QFile::remove(copy);
+    deletionOutcomes()[caseName(state, handOver, onServer ? "server" : "console")] = outcome(copy);
+    if (!onServer) {
+        QFile::remove(copy);
+    }
 }
 
 void deleteRaw(benchmark::State& state, bool handOver) {
@@ -109,7 +125,7 @@ void deleteRaw(benchmark::State& state, bool handOver) {
     const std::vector<std::string> statements = deletionStatements(handOver);
     QString copy;
     for (auto _ : state) {
-        copy = freshCopy(ownedRows);
+        copy = freshCopy(ownedRows, false);
         raw::Database db(copy.toStdString());
         const auto start = Clock::now();
         try {
@@ -142,13 +158,25 @@ void registerDeletionBenchmarks(const Plan& plan) {
         const int iterations = size >= 1000000 ? 3 : 5;
         for (bool handOver : {true, false}) {
             const std::string name = handOver ? "deletion_handover" : "deletion_all";
-            benchmark::RegisterBenchmark(
-                (name + "/console").c_str(),
-                [handOver](benchmark::State& state) { deleteThroughEngine(state, handOver); })
+            benchmark::RegisterBenchmark((name + "/console").c_str(),
+                                         [handOver](benchmark::State& state) {
+                                             deleteThroughEngine(state, handOver, false);
+                                         })
                 ->Arg(size)
                 ->Unit(benchmark::kMillisecond)
                 ->UseManualTime()
                 ->Iterations(iterations);
+            // A million rows copied onto the server would cost more than the run measures.
+            if (serverIsThere() && size < 1000000) {
+                benchmark::RegisterBenchmark((name + "/server").c_str(),
+                                             [handOver](benchmark::State& state) {
+                                                 deleteThroughEngine(state, handOver, true);
+                                             })
+                    ->Arg(size)
+                    ->Unit(benchmark::kMillisecond)
+                    ->UseManualTime()
+                    ->Iterations(iterations);
+            }
             benchmark::RegisterBenchmark(
                 (name + "/raw").c_str(),
                 [handOver](benchmark::State& state) { deleteRaw(state, handOver); })

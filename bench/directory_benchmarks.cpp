@@ -5,6 +5,7 @@
 #include "benchmarks.h"
 #include "peak_memory.h"
 #include "raw_sqlite.h"
+#include "server_data.h"
 
 #include "data/dbase.h"
 #include "data/session.h"
@@ -31,9 +32,10 @@ void noteLogon(benchmark::State& state, const ConsoleRun& run) {
     }
 }
 
-void fillConsole(benchmark::State& state) {
+// The console's fill on the embedded engine, or on the same rows copied onto a server.
+void fillConsole(benchmark::State& state, bool onServer) {
     const int employees = int(state.range(0));
-    ConsoleRun run(directoryDatabase(employees));
+    ConsoleRun run(onServer ? serverDirectoryDatabase(employees) : directoryDatabase(employees));
     frmAdmin& console = run.console();
     int failures = 0;
     QString failure;
@@ -202,10 +204,18 @@ void reloads(benchmark::State& state, int count) {
 
 void registerDirectoryBenchmarks(const Plan& plan) {
     for (int size : plan.directorySizes) {
-        benchmark::RegisterBenchmark("fill/console", fillConsole)
+        benchmark::RegisterBenchmark("fill/console",
+                                     [](benchmark::State& state) { fillConsole(state, false); })
             ->Arg(size)
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
+        if (serverIsThere()) {
+            benchmark::RegisterBenchmark("fill/server",
+                                         [](benchmark::State& state) { fillConsole(state, true); })
+                ->Arg(size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
         benchmark::RegisterBenchmark("fill/raw", fillRaw)
             ->Arg(size)
             ->Unit(benchmark::kMillisecond)
