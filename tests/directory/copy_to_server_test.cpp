@@ -49,11 +49,14 @@ protected:
 TEST_F(CopyToServerTest, TheCopyHoldsEveryRowAndTheConsoleWorksOnIt) {
     const QString server = testing_support::newDatabaseLocation(
         testing_support::Backend::Postgresql, folder, QStringLiteral("office"));
+    db->setProperty("LSIsReplica", rt::Variant(true));
     installer::copyDatabase(demoDatabase(), server, [](const QString&) {});
     auto copy = engine::openDatabase(server);
     const QStringList original = contents(*db);
     EXPECT_EQ(contents(*copy), original);
     EXPECT_EQ(copy->counterPosition("users"), db->counterPosition("users"));
+    EXPECT_EQ(copy->propertyNames(), QStringList{"LSIsReplica"});
+    EXPECT_EQ(copy->property("LSIsReplica"), db->property("LSIsReplica"));
 
     // A second copy onto it is refused and leaves it as it was.
     EXPECT_THROW(installer::copyDatabase(demoDatabase(), server, [](const QString&) {}),

@@ -106,6 +106,9 @@ void copyDatabase(const QString& source, const QString& target,
             progress("copying " + table);
             copyTable(*from, *to, table, progress);
         }
+        for (const QString& name : from->propertyNames()) {
+            to->setProperty(name, from->property(name));
+        }
         for (const QString& table : tables) {
             const qint32 there = rowCount(*to, table);
             const qint32 here = rowCount(*from, table);

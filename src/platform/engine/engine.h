@@ -138,6 +138,8 @@ public:
     // A named property of the database; 3270 when it has none of that name.
     virtual rt::Variant property(const QString& name) const = 0;
     virtual void setProperty(const QString& name, const rt::Variant& value) = 0;
+    // The names of the properties set on the database, in no set order.
+    virtual QStringList propertyNames() const = 0;
 
     // Holds one read lock for a run of reads until endRead, where no transaction is open;
     // false when one is, and the reads then belong to it.

@@ -436,6 +436,20 @@ void PgDatabase::setProperty(const QString& name, const rt::Variant& value) {
         {rt::Variant(name), value, rt::Variant(kind)});
 }
 
+QStringList PgDatabase::propertyNames() const {
+    connection_->handle();
+    const Result found = run(
+        *connection_, QStringLiteral("SELECT to_regclass('%1') IS NOT NULL").arg(kPropertiesTable));
+    QStringList names;
+    if (found.text(0, 0) == "t") {
+        const Result read = run(*connection_, "SELECT name FROM " + kPropertiesTable);
+        for (int r = 0; r < read.rows(); ++r) {
+            names << read.text(r, 0);
+        }
+    }
+    return names;
+}
+
 bool PgDatabase::beginRead() {
     PGconn* conn = connection_->handle();
     if (connection_->transactionDepth > 0 || PQtransactionStatus(conn) != PQTRANS_IDLE) {

@@ -476,6 +476,19 @@ void SqliteDatabase::setProperty(const QString& name, const rt::Variant& value) 
     write.step();
 }
 
+QStringList SqliteDatabase::propertyNames() const {
+    sqlite3* db = connection_->handle();
+    QStringList names;
+    if (tableExists(db, QStringLiteral("main"), kPropertiesTable)) {
+        Prepared read(db, "SELECT name FROM " + kPropertiesTable);
+        while (read.step()) {
+            names << QString::fromUtf8(
+                reinterpret_cast<const char*>(sqlite3_column_text(read.get(), 0)));
+        }
+    }
+    return names;
+}
+
 int& SqliteDatabase::openLevels() {
     // SQLite ends a transaction by itself on some failures (a full disk, a conflict clause of
     // ROLLBACK, the undoing of a unit whose commit failed); the levels counted went with it.

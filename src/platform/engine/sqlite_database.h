@@ -29,6 +29,7 @@ public:
     void deleteTable(const QString& name) override;
     rt::Variant property(const QString& name) const override;
     void setProperty(const QString& name, const rt::Variant& value) override;
+    QStringList propertyNames() const override;
     bool beginRead() override;
     void endRead() override;
     void beginTrans() override;
