@@ -238,8 +238,13 @@ def inside(program, want_dump):
         return 1
     runtime = tempfile.TemporaryDirectory()
     bus = subprocess.Popen([BUS_LAUNCHER, "--launch-immediately"], stdout=subprocess.DEVNULL)
+    # The system's keyboard library, which the X11 platform loads, copies names with strndup
+    # bounds that reach past the buffer though each name ends inside it; the strict string checks
+    # of a sanitizer build take that for an overflow. The program's own code is still checked.
+    sanitizer = ":".join(filter(None, [os.environ.get("ASAN_OPTIONS"), "strict_string_checks=0"]))
     environment = dict(os.environ, QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
-                       QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", XDG_RUNTIME_DIR=runtime.name)
+                       QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", XDG_RUNTIME_DIR=runtime.name,
+                       ASAN_OPTIONS=sanitizer)
     windows = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                env=environment, text=True)
     try:
