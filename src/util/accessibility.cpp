@@ -11,8 +11,7 @@ namespace {
 // A caption as it is spoken: without the marks of its keyboard shortcut.
 QString spoken(QString caption) {
     static const QChar kMark('&');
-    for (qsizetype i = caption.indexOf(kMark); i >= 0 && i < caption.size();
-         i = caption.indexOf(kMark, i + 1)) {
+    for (qsizetype i = caption.indexOf(kMark); i >= 0; i = caption.indexOf(kMark, i + 1)) {
         caption.remove(i, 1);  // a doubled mark leaves one behind, which the next turn skips
     }
     return caption;
