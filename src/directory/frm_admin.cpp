@@ -14,6 +14,7 @@
 #include "platform/os.h"
 #include "platform/ui.h"
 #include "settings/terminology.h"
+#include "util/accessibility.h"
 #include "util/artwork.h"
 #include "util/frm_about.h"
 #include "util/report_list.h"
@@ -100,6 +101,7 @@ frmAdmin::frmAdmin() {
     setObjectName(QStringLiteral("frmAdmin"));
     setWindowTitle(QStringLiteral("Administration"));
     setWindowIcon(artwork::consoleIcon());
+    KeepHiddenTabsOutOfReach();  // the Branches tab is hidden, and must stay so for a screen reader
     auto* area = new QWidget(this);
     area->setFixedSize(twipsToPixels(8940), twipsToPixels(5340));
     setCentralWidget(area);
@@ -189,6 +191,7 @@ void frmAdmin::buildTabs(QWidget* area) {
 void frmAdmin::buildDirectoryList(ReportList*& list, const QString& name, int tab, QRect geometry,
                                   const std::vector<std::pair<QString, int>>& columns) {
     list = new ReportList(name, tabAdmin->widget(tab));
+    list->setAccessibleName(tabAdmin->tabText(tab));  // the tab is the list's only label
     // The page of this toolkit's tab strip is a little shorter than the original's.
     geometry.setHeight(
         std::min(geometry.height(), tabAdmin->widget(tab)->height() - geometry.top() - 6));
@@ -213,6 +216,13 @@ void frmAdmin::buildAccessLevelsPage(QWidget* page) {
     Label1[3] =
         place<QLabel>(Frame1, "Label1(3)", QRect(210, 6, 300, 20), "Can Modify the Following...");
     lstAccess = place<QListWidget>(Frame1, "lstAccess", QRect(210, 28, 336, 198));
+    // A label names the control it stands beside, for a screen reader.
+    Label1[0]->setBuddy(cmbLevel);
+    Label1[1]->setBuddy(txtAccessLevel);
+    Label1[2]->setBuddy(lstAccessGroups);
+    Label1[3]->setBuddy(lstAccess);
+    NameAfterLabel(lstAccessGroups, Label1[2]);
+    NameAfterLabel(lstAccess, Label1[3]);
 
     // A choice by mouse or keyboard, of another level or of the one in hand.
     OnEvent(cmbLevel, &QComboBox::activated, this, [this] { cmbLevel_Click(); });
@@ -235,6 +245,10 @@ void frmAdmin::buildUserFieldsPage(QWidget* page) {
     lstUDF = new ReportList(QStringLiteral("lstUDF"), page);
     lstUDF->setGeometry(10, 42, 400, 236);
     lstUDF->setColumns({{"User Field", 2400}, {"Description", 5000}, {"Class", 1500}});
+    // The tab is the only label of the list and of the choice of what it shows.
+    for (QWidget* control : std::initializer_list<QWidget*>{cmbUDF, lstUDF}) {
+        control->setAccessibleName(tabAdmin->tabText(UserFields));
+    }
     Frame2 = place<QGroupBox>(page, "Frame2", QRect(420, 42, 144, 108), "Class");
     const char* const captions[] = {"Class A", "Class B", "Class C (Personal)"};
     for (int i = 0; i < 3; ++i) {

@@ -5,6 +5,7 @@
 #include "data/dbase.h"
 #include "logon/frm_startup.h"
 #include "platform/ui.h"
+#include "util/accessibility.h"
 #include "util/report_list.h"
 #include "util/widgets.h"
 
@@ -36,6 +37,10 @@ frmDeleteEmployee::frmDeleteEmployee(ReportList* employees, QWidget* parent)
         label->setWordWrap(true);
         label->installEventFilter(this);
     }
+    // The option buttons have no caption of their own: the label beside each says what it does.
+    NameAfterLabel(optGive, Label1[1]);
+    NameAfterLabel(optAll, Label1[0]);
+    Label1[1]->setBuddy(cmbEmployee);  // "... give ALL data ... to:" the employee chosen below
     cmdOK = place<QPushButton>(this, "cmdOK", QRect(214, 138, 86, 28), "OK");
     cmdCancel = place<QPushButton>(this, "cmdCancel", QRect(308, 138, 86, 28), "Cancel");
     // Crosswise on purpose: Enter never deletes, and Escape leads to the question of OK.

@@ -6,6 +6,7 @@
 #include "logon/frm_startup.h"
 #include "platform/convert.h"
 #include "platform/ui.h"
+#include "util/accessibility.h"
 #include "util/twips.h"
 #include "util/value_helpers.h"
 #include "util/widgets.h"
@@ -74,6 +75,15 @@ void frmEmployee::buildControls() {
     lstBranches = place<QListWidget>(frameBranches, "lstBranches", QRect(10, 20, 240, 46));
     frameBranches->setVisible(false);
 
+    // A label names the control it stands beside, for a screen reader, which would otherwise
+    // name every box after the frame.
+    Label2->setBuddy(txtName);
+    lbl1->setBuddy(cmbAccess);
+    lbl2->setBuddy(txtLogon);
+    lbl3->setBuddy(txtPassword);
+    lblLevel->setBuddy(cmbLevel);
+    lstBranches->setAccessibleName(frameBranches->title());  // the frame is the list's label
+
     cmdOK = place<QPushButton>(this, "cmdOK", QRect(396, 226, 86, 28), "&OK");
     cmdCancel = place<QPushButton>(this, "cmdCancel", QRect(490, 226, 86, 28), "&Cancel");
     cmdOK->setDefault(true);
@@ -133,6 +143,7 @@ void frmEmployee::ShowForm(qint16& nTypeIn, RecSet& rsIn, bool& bIsNew) {
             break;
     }
     setWindowTitle(caption);
+    lstExtended->setAccessibleName(Frame3->title());  // the frame is the list's label
     txtName->setText(rt::CStr(rs->Cols("Name")));
     txtLogon->setText(rt::CStr(rs->Cols("Logon")));
     txtPassword->setText(rt::CStr(rs->Cols("Password")));

@@ -96,6 +96,13 @@ void frmStartUp::buildControls() {
     txtServer = textBox(frameDT, "txtServer", QRect(72, 39, 118, 20), 255);
     txtSQLDB = textBox(frameDT, "txtSQLDB", QRect(254, 39, 104, 20), 255);
 
+    // A label names the box it stands beside, for a screen reader.
+    Label1[0]->setBuddy(txtLogon);
+    Label1[1]->setBuddy(txtPassword);
+    lblDatabase[0]->setBuddy(txtDatabase);
+    lblDatabase[1]->setBuddy(txtServer);
+    lblDatabase[2]->setBuddy(txtSQLDB);
+
     for (QLineEdit* box : {txtLogon, txtPassword}) {
         SelectAllOnFocus(box);
     }
