@@ -50,10 +50,7 @@ TEST(DateSerial, CountsFromTheEpochAndRollsOverLikeTheRuntime) {
     // The runtime's DateSerial reference: a value past its unit's range increments the next
     // larger unit ("35 days ... one month and some number of days"); two-digit years as CDate
     // reads them (facts sheet: 00-29 are 20xx, 30-99 are 19xx).
-    const struct {
-        int year, month, day;
-        QDate date;
-    } cases[] = {
+    const std::tuple<int, int, int, QDate> cases[] = {
         {1899, 12, 30, kEpoch},
         {1900, 1, 1, QDate(1900, 1, 1)},
         {2000, 1, 5, QDate(2000, 1, 5)},
@@ -77,9 +74,9 @@ TEST(DateSerial, CountsFromTheEpochAndRollsOverLikeTheRuntime) {
         {100, 1, 32767, QDate(189, 9, 17)},
         {1899, 12, -32768, QDate(1810, 3, 14)},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rt::DateSerial(c.year, c.month, c.day), serialOf(c.date))
-            << c.year << "-" << c.month << "-" << c.day;
+    for (const auto& [year, month, day, date] : cases) {
+        EXPECT_EQ(rt::DateSerial(year, month, day), serialOf(date))
+            << year << "-" << month << "-" << day;
     }
     EXPECT_EQ(rt::DateSerial(2000, 1, 5), 36530);      // the facts sheet's anchor
     EXPECT_EQ(rt::Weekday(36530), 4);                  // Wednesday
@@ -94,10 +91,7 @@ TEST(DateSerial, CountsFromTheEpochAndRollsOverLikeTheRuntime) {
 TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
     const int year = QDate::currentDate().year();
     const double thisYear = rt::DateSerial(year, 1, 1) - 1;
-    const struct {
-        const char* text;
-        double serial;
-    } cases[] = {
+    const std::pair<const char*, double> cases[] = {
         {"1 2 29", 47120},
         {"1 2 30", 10960},
         {"2 January, 1970", 25570},
@@ -123,10 +117,10 @@ TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
         {"١/٥/٢٠٠٠", 36530},
         {"１２:３０", 0.5 + 1.0 / 48},
     };
-    for (const auto& c : cases) {
-        const QString text = QString::fromUtf8(c.text);
-        ASSERT_TRUE(rt::IsDate(text)) << c.text;
-        EXPECT_DOUBLE_EQ(rt::CDate(text), c.serial) << c.text;
+    for (const auto& [written, serial] : cases) {
+        const QString text = QString::fromUtf8(written);
+        ASSERT_TRUE(rt::IsDate(text)) << written;
+        EXPECT_DOUBLE_EQ(rt::CDate(text), serial) << written;
     }
     for (const char* text :
          {"True", "0", "24:00", "0:60", "32 49", "1.2.3.4", "2/30/2000", "", "abc", "1/2/3/4"}) {
@@ -138,11 +132,7 @@ TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
 TEST(DateText, NegativeSerialsRoundToTheSecondForward) {
     // A negative serial's fraction is a time forward from its day's midnight (facts sheet: -1.25 is
     // 29 Dec 1899 6:00), so rounding up to midnight lands on the day after, toward the epoch.
-    const struct {
-        double serial;
-        QDateTime moment;
-        const char* text;
-    } cases[] = {
+    const std::tuple<double, QDateTime, const char*> cases[] = {
         {-1.9999999, {QDate(1899, 12, 30), QTime(0, 0)}, "12:00:00 AM"},
         {-2.9999999, {QDate(1899, 12, 29), QTime(0, 0)}, "12/29/1899"},
         {-1.99999, {QDate(1899, 12, 29), QTime(23, 59, 59)}, "12/29/1899 11:59:59 PM"},
@@ -150,9 +140,9 @@ TEST(DateText, NegativeSerialsRoundToTheSecondForward) {
         // The first day of the calendar (facts sheet: -657434 = 1/1/100) takes its last instant.
         {-657434.9999999, {QDate(100, 1, 2), QTime(0, 0)}, "1/2/0100"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(momentOf(c.serial), c.moment) << c.serial;
-        EXPECT_EQ(rt::CStr(Variant::date(c.serial)), QString(c.text)) << c.serial;
+    for (const auto& [serial, moment, text] : cases) {
+        EXPECT_EQ(momentOf(serial), moment) << serial;
+        EXPECT_EQ(rt::CStr(Variant::date(serial)), QString(text)) << serial;
     }
 }
 
@@ -205,12 +195,7 @@ TEST(DateAdd, MovesByIntervalsRoundsCountsAndCrossesTheEpoch) {
     // runtime's CLng (facts sheet). Times before the epoch run forward from their day's midnight
     // (facts sheet: -1.25 is 29 Dec 1899 6:00).
     const double jan31 = rt::DateSerial(2000, 1, 31) + 0.25;
-    const struct {
-        const char* interval;
-        double number;
-        double date;
-        double expected;
-    } cases[] = {
+    const std::tuple<const char*, double, double, double> cases[] = {
         {"m", 1, jan31, rt::DateSerial(2000, 2, 29) + 0.25},
         {"m", 1, rt::DateSerial(1999, 1, 31), rt::DateSerial(1999, 2, 28)},
         {"yyyy", 1, rt::DateSerial(2000, 2, 29), rt::DateSerial(2001, 2, 28)},
@@ -234,20 +219,16 @@ TEST(DateAdd, MovesByIntervalsRoundsCountsAndCrossesTheEpoch) {
         {"yyyy", 9899, kFirstDay, rt::DateSerial(9999, 1, 1)},
         {"s", -1, kFirstDay + 1, kFirstDay - 86399.0 / 86400},  // the first day's last second
     };
-    for (const auto& c : cases) {
-        EXPECT_DOUBLE_EQ(rt::DateAdd(c.interval, c.number, c.date), c.expected)
-            << c.interval << " " << c.number << " " << c.date;
+    for (const auto& [interval, number, date, expected] : cases) {
+        EXPECT_DOUBLE_EQ(rt::DateAdd(interval, number, date), expected)
+            << interval << " " << number << " " << date;
     }
 }
 
 TEST(DateDiff, CountsTheBoundariesBetween) {
     const double sat = rt::DateSerial(2000, 1, 1);
     const double sun = rt::DateSerial(2000, 1, 2);
-    const struct {
-        const char* interval;
-        double from, to;
-        qint64 expected;
-    } cases[] = {
+    const std::tuple<const char*, double, double, qint64> cases[] = {
         {"ww", sat, sun, 1},
         {"ww", sun, rt::DateSerial(2000, 1, 8), 0},
         {"w", sat, sat + 13, 1},
@@ -260,9 +241,9 @@ TEST(DateDiff, CountsTheBoundariesBetween) {
         {"h", -1.25, -1.5, 6},                // times before 1900
         {"s", kLastDay, kLastDay + 86399.0 / 86400, 86399},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rt::DateDiff(c.interval, c.from, c.to), c.expected)
-            << c.interval << " " << c.from << " " << c.to;
+    for (const auto& [interval, from, to, expected] : cases) {
+        EXPECT_EQ(rt::DateDiff(interval, from, to), expected)
+            << interval << " " << from << " " << to;
     }
 }
 

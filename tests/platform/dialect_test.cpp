@@ -49,10 +49,7 @@ protected:
 };
 
 TEST_F(DialectTest, ConditionsSelectTheRowsTheEngineWould) {
-    const struct {
-        const char* condition;
-        QStringList ids;
-    } cases[] = {
+    const std::pair<const char*, QStringList> cases[] = {
         // The engine's SQL reference, "Like Operator": * ? # [a-c] [!a] [*], without regard to
         // case; Null on either side matches neither LIKE nor NOT LIKE.
         {"name LIKE 'b*'", {"1", "4"}},
@@ -82,17 +79,13 @@ TEST_F(DialectTest, ConditionsSelectTheRowsTheEngineWould) {
         {"IIf(age > 26, 'old', 'young') = 'young'", {"3", "4", "5", "6"}},
         {"Format(born, 'yyyy-mm-dd') = '1999-12-25'", {"2"}},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(idsWhere(c.condition), c.ids) << c.condition;
+    for (const auto& [condition, ids] : cases) {
+        EXPECT_EQ(idsWhere(condition), ids) << condition;
     }
 }
 
 TEST_F(DialectTest, ExpressionColumnsKeepTheTypeOfTheirFunction) {
-    const struct {
-        const char* expression;
-        Variant value;
-        int type;
-    } cases[] = {
+    const std::tuple<const char*, Variant, int> cases[] = {
         // The runtime's language reference: what each function returns.
         {"DateAdd('m', 1, born)", Variant::date(rt::DateSerial(2000, 1, 25)), engine::dbDate},
         {"CDate('1/2/2000')", Variant::date(rt::DateSerial(2000, 1, 2)), engine::dbDate},
@@ -103,11 +96,11 @@ TEST_F(DialectTest, ExpressionColumnsKeepTheTypeOfTheirFunction) {
         {"5.5 MOD 4", Variant(2), engine::dbLong},
         {"-age MOD 7", Variant(-5), engine::dbLong},
     };
-    for (const auto& c : cases) {
-        auto rs = db->openRecordset(QString("SELECT %1 AS v FROM people WHERE id = 2")
-                                        .arg(QString::fromUtf8(c.expression)));
-        EXPECT_EQ(rs->field("v").value(), c.value) << c.expression;
-        EXPECT_EQ(rs->field("v").type(), c.type) << c.expression;
+    for (const auto& [expression, value, type] : cases) {
+        auto rs = db->openRecordset(
+            QString("SELECT %1 AS v FROM people WHERE id = 2").arg(QString::fromUtf8(expression)));
+        EXPECT_EQ(rs->field("v").value(), value) << expression;
+        EXPECT_EQ(rs->field("v").type(), type) << expression;
     }
     // Behind a *, the items after it still find their columns.
     auto rs = db->openRecordset("SELECT *, Now() AS stamp FROM people");

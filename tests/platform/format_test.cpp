@@ -193,18 +193,14 @@ TEST(FormatDates, CodesOnOneMoment) {
 TEST(FormatDates, SeparatorsAreTheLocales) {
     // ":" and "/" stand for the locale's time and date separators ("User-defined date/time
     // formats"); Qt's de_DE short date is "dd.MM.yy" and fi_FI's long time "H.mm.ss".
-    const struct {
-        QLocale locale;
-        const char* pattern;
-        const char* out;
-    } cases[] = {
+    const std::tuple<QLocale, const char*, const char*> cases[] = {
         {QLocale(QLocale::German, QLocale::Germany), "dd/mm/yyyy", "05.01.2000"},
         {QLocale(QLocale::Finnish, QLocale::Finland), "hh:nn", "13.05"},
         {QLocale(QLocale::English, QLocale::UnitedStates), "dd/mm hh:nn", "05/01 13:05"},
     };
-    for (const auto& c : cases) {
-        QLocale::setDefault(c.locale);
-        EXPECT_EQ(rt::Format(kWhen, c.pattern), c.out) << c.pattern;
+    for (const auto& [locale, pattern, out] : cases) {
+        QLocale::setDefault(locale);
+        EXPECT_EQ(rt::Format(kWhen, pattern), out) << pattern;
     }
 }
 

@@ -439,10 +439,7 @@ TEST_F(PgFunctionsTest, DateAddMovesByIntervals) {
 }
 
 TEST_F(PgFunctionsTest, DateDiffCountsBoundaries) {
-    const struct {
-        const char* interval;
-        double date1, date2;
-    } cases[] = {
+    const std::tuple<const char*, double, double> cases[] = {
         {"yyyy", serial(2023, 12, 31, 23, 59, 59), serial(2024, 1, 1)},
         {"yyyy", serial(2024, 1, 1), serial(2024, 12, 31)},
         {"yyyy", serial(2024, 6, 1), serial(1999, 6, 1)},
@@ -487,13 +484,13 @@ TEST_F(PgFunctionsTest, DateDiffCountsBoundaries) {
         {"d", 2958466, 0},
         {"d", 0, -657435},
     };
-    for (const auto& c : cases) {
+    for (const auto& [interval, from, to] : cases) {
         expectSame(QStringLiteral("dialect_datediff(%1, %2, %3)")
-                       .arg(text(c.interval), number(c.date1), number(c.date2)),
+                       .arg(text(interval), number(from), number(to)),
                    [&] {
-                       const double date1 = rt::CDate(rt::Variant(c.date1));
-                       const double date2 = rt::CDate(rt::Variant(c.date2));
-                       return rt::Variant(int(rt::DateDiff(c.interval, date1, date2)));
+                       const double date1 = rt::CDate(rt::Variant(from));
+                       const double date2 = rt::CDate(rt::Variant(to));
+                       return rt::Variant(int(rt::DateDiff(interval, date1, date2)));
                    });
     }
     expectSame("dialect_datediff('d', NULL, 0)", [] { return rt::Variant::null(); });

@@ -22,10 +22,7 @@ constexpr qint64 currencyMax = std::numeric_limits<qint64>::max();
 constexpr qint64 currencyMin = std::numeric_limits<qint64>::min();
 
 TEST(Conversions, IntegerRoundingIsHalfToEven) {
-    const struct {
-        Variant in;
-        qint32 out;
-    } cases[] = {
+    const std::pair<Variant, qint32> cases[] = {
         {0.5, 0},
         {1.5, 2},
         {2.5, 2},
@@ -42,10 +39,10 @@ TEST(Conversions, IntegerRoundingIsHalfToEven) {
         {-32768.5, -32768},             // to even, in range
         {Variant::currency(25000), 2},  // 2.5 as currency
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(rt::CStr(c.in).toStdString());
-        EXPECT_EQ(rt::CInt(c.in), c.out);
-        EXPECT_EQ(rt::CLng(c.in), c.out);
+    for (const auto& [in, out] : cases) {
+        SCOPED_TRACE(rt::CStr(in).toStdString());
+        EXPECT_EQ(rt::CInt(in), out);
+        EXPECT_EQ(rt::CLng(in), out);
     }
     EXPECT_EQ(rt::CLng(2147483647.0), 2147483647);
 }
@@ -82,10 +79,7 @@ TEST(Conversions, BooleansFromText) {
 
 // Doubles show fifteen significant digits, Singles seven with ties away from zero.
 TEST(DefaultText, OfEachKind) {
-    const struct {
-        Variant in;
-        const char* out;
-    } cases[] = {
+    const std::pair<Variant, const char*> cases[] = {
         {0.1 + 0.2, "0.3"},
         {2.0 / 3.0, "0.666666666666667"},
         {1e20, "1E+20"},
@@ -118,17 +112,14 @@ TEST(DefaultText, OfEachKind) {
         {Variant::date(2958465 + 86399.0 / 86400), "12/31/9999 11:59:59 PM"},
         {Variant::date(25570), "1/2/1970"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rt::CStr(c.in), QString(c.out)) << c.out;
+    for (const auto& [in, out] : cases) {
+        EXPECT_EQ(rt::CStr(in), QString(out)) << out;
     }
 }
 
 // Currency text is exact, without trailing zeros, and reads back.
 TEST(DefaultText, CurrencyIsExactAndReadsBack) {
-    const struct {
-        qint64 scaled;
-        const char* text;
-    } cases[] = {
+    const std::pair<qint64, const char*> cases[] = {
         {11000, "1.1"},  // CStr(CCur(1.1)) printed binary noise
         {12345000, "1234.5"},
         {10000, "1"},
@@ -138,9 +129,9 @@ TEST(DefaultText, CurrencyIsExactAndReadsBack) {
         {currencyMax, "922337203685477.5807"},  // range, "Currency data type"
         {currencyMin, "-922337203685477.5808"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rt::CStr(Variant::currency(c.scaled)), QString(c.text)) << c.text;
-        EXPECT_EQ(rt::CCur(c.text), c.scaled) << c.text;
+    for (const auto& [scaled, text] : cases) {
+        EXPECT_EQ(rt::CStr(Variant::currency(scaled)), QString(text)) << text;
+        EXPECT_EQ(rt::CCur(text), scaled) << text;
     }
     EXPECT_EQ(rt::CStr(Variant::currency(rt::CCur(1.1))), "1.1");
 }
@@ -179,10 +170,7 @@ TEST(DefaultText, CurrencyRoundsHalfToEvenAndOverflowsPastItsRange) {
 }
 
 TEST(NumbersFromText, ReadsSignsSymbolsAndParenthesesOnEitherSide) {
-    const struct {
-        const char* text;
-        double value;
-    } cases[] = {
+    const std::pair<const char*, double> cases[] = {
         // Platform facts: FormatCurrency(-5), FormatCurrency(1234.5), CDbl("1,000"), IsNumeric of
         // "$5", " 12 " and "&H10".
         {"($5.00)", -5},
@@ -207,9 +195,9 @@ TEST(NumbersFromText, ReadsSignsSymbolsAndParenthesesOnEitherSide) {
         {"-3.5", -3.5},
         {".5", 0.5},
     };
-    for (const auto& c : cases) {
-        EXPECT_TRUE(rt::IsNumeric(c.text)) << c.text;
-        EXPECT_EQ(rt::CDbl(c.text), c.value) << c.text;
+    for (const auto& [text, value] : cases) {
+        EXPECT_TRUE(rt::IsNumeric(text)) << text;
+        EXPECT_EQ(rt::CDbl(text), value) << text;
     }
     // The other kinds.
     const std::pair<Variant, bool> kinds[] = {
@@ -254,15 +242,12 @@ TEST(NumbersFromText, CurrencyTextReadsBack) {
 }
 
 TEST(NumbersFromText, ValReadsTheLeadingNumber) {
-    const struct {
-        const char* text;
-        double value;
-    } cases[] = {
+    const std::pair<const char*, double> cases[] = {
         {"1615 198th St", 1615198}, {"1,000", 1},   {"&H10", 16}, {"&HFFFF", -1}, {"abc", 0},
         {" 2.5e2x", 250},           {"-1.5", -1.5}, {"", 0},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(rt::Val(c.text), c.value) << c.text;
+    for (const auto& [text, value] : cases) {
+        EXPECT_EQ(rt::Val(text), value) << text;
     }
 }
 
