@@ -81,28 +81,28 @@ protected:
         }
         PGconn* maintenance = PQconnectdb("");
         ASSERT_EQ(PQstatus(maintenance), CONNECTION_OK) << PQerrorMessage(maintenance);
-        databaseName() = "pg_functions_test_" +
-                         QUuid::createUuid().toString(QUuid::Id128).left(12).toStdString();
-        run(maintenance, "CREATE DATABASE " + databaseName());
+        databaseName = "pg_functions_test_" +
+                       QUuid::createUuid().toString(QUuid::Id128).left(12).toStdString();
+        run(maintenance, "CREATE DATABASE " + databaseName);
         PQfinish(maintenance);
 
         const char* keys[] = {"dbname", nullptr};
-        const char* values[] = {databaseName().c_str(), nullptr};
-        connection() = PQconnectdbParams(keys, values, 1);
-        ASSERT_EQ(PQstatus(connection()), CONNECTION_OK) << PQerrorMessage(connection());
+        const char* values[] = {databaseName.c_str(), nullptr};
+        connection = PQconnectdbParams(keys, values, 1);
+        ASSERT_EQ(PQstatus(connection), CONNECTION_OK) << PQerrorMessage(connection);
         for (const QString& definition : engine::pg::functionDefinitions()) {
-            run(connection(), definition.toStdString());
+            run(connection, definition.toStdString());
         }
     }
 
     static void TearDownTestSuite() {
-        if (connection() == nullptr) {
+        if (connection == nullptr) {
             return;
         }
-        PQfinish(connection());
-        connection() = nullptr;
+        PQfinish(connection);
+        connection = nullptr;
         PGconn* maintenance = PQconnectdb("");
-        run(maintenance, "DROP DATABASE IF EXISTS " + databaseName());
+        run(maintenance, "DROP DATABASE IF EXISTS " + databaseName);
         PQfinish(maintenance);
     }
 
@@ -110,7 +110,7 @@ protected:
         if (qEnvironmentVariableIsEmpty("PGHOST")) {
             GTEST_SKIP() << "PGHOST is not set: no PostgreSQL server to run the functions on.";
         }
-        ASSERT_NE(connection(), nullptr);
+        ASSERT_NE(connection, nullptr);
     }
 
     static void run(PGconn* db, const std::string& sql) {
@@ -122,7 +122,7 @@ protected:
 
     static Outcome serverOutcome(const QString& call) {
         Outcome outcome;
-        PGresult* result = PQexec(connection(), ("SELECT " + call).toUtf8().constData());
+        PGresult* result = PQexec(connection, ("SELECT " + call).toUtf8().constData());
         if (PQresultStatus(result) == PGRES_TUPLES_OK) {
             if (!PQgetisnull(result, 0, 0)) {
                 outcome.value = QString::fromUtf8(PQgetvalue(result, 0, 0));
@@ -163,15 +163,8 @@ protected:
         }
     }
 
-    static std::string& databaseName() {
-        static std::string name;
-        return name;
-    }
-
-    static PGconn*& connection() {
-        static PGconn* db = nullptr;
-        return db;
-    }
+    static inline std::string databaseName;
+    static inline PGconn* connection = nullptr;
 };
 
 TEST(PgFunctionErrors, StatesCarryTheFailureNumber) {
