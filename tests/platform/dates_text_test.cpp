@@ -220,7 +220,7 @@ TEST(DateAdd, MovesByIntervalsRoundsCountsAndCrossesTheEpoch) {
         {"s", -1, kFirstDay + 1, kFirstDay - 86399.0 / 86400},  // the first day's last second
     };
     for (const auto& [interval, number, date, expected] : cases) {
-        EXPECT_DOUBLE_EQ(rt::DateAdd(interval, number, date), expected)
+        EXPECT_EQ(rt::DateAdd(interval, number, date), expected)
             << interval << " " << number << " " << date;
     }
 }
