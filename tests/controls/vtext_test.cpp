@@ -137,26 +137,25 @@ TEST_F(VTextTest, WritingTextOrTheTypeChecksAtOnceAndEachChangeIsReported) {
     EXPECT_EQ(field->txtField->text(), "");
 }
 
-TEST_F(VTextTest, LockedDisablesOnlyTheButtonAndEnabledSetsBoth) {
-    auto field = fieldOf(3);
-    field->setLocked(true);
-    EXPECT_TRUE(field->Enabled() && field->txtField->isReadOnly());
-    EXPECT_FALSE(field->imgSelect->isEnabled());
-    field->setEnabled(false);
-    EXPECT_FALSE(field->Enabled() || field->imgSelect->isEnabled());
-    field->setEnabled(true);
-    EXPECT_TRUE(field->imgSelect->isEnabled() && field->Locked());
-}
-
-TEST_F(VTextTest, OnlyPickableTypesHaveAButtonBesideTheTextBox) {
+// Only the types with a dialog or a menu have a button beside the text box; Locked disables the
+// button alone, Enabled sets both.
+TEST_F(VTextTest, PickableTypesHaveAButtonThatLockedDisables) {
     vText field;
     field.resize(200, 24);
+    const QList<qint16> pickable = {3, 4, 5, 6, 7, 8, 54};
     for (qint16 type : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 54, 55}) {
         field.settexttype(type);
-        const bool button = (type >= 3 && type <= 8) || type == 54;
-        EXPECT_EQ(field.imgSelect->isHidden(), !button) << type;
-        EXPECT_EQ(field.txtField->width() < 200, button) << type;
+        EXPECT_EQ(field.imgSelect->isHidden(), !pickable.contains(type)) << type;
+        EXPECT_EQ(field.txtField->width() < 200, pickable.contains(type)) << type;
     }
+    field.settexttype(qint16(3));
+    field.setLocked(true);
+    EXPECT_TRUE(field.Enabled() && field.txtField->isReadOnly());
+    EXPECT_FALSE(field.imgSelect->isEnabled());
+    field.setEnabled(false);
+    EXPECT_FALSE(field.Enabled() || field.imgSelect->isEnabled());
+    field.setEnabled(true);
+    EXPECT_TRUE(field.imgSelect->isEnabled() && field.Locked());
 }
 
 TEST_F(VTextTest, StoredPropertiesKeepOnlyWhatDiffersFromTheDefaults) {

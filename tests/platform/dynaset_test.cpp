@@ -98,10 +98,6 @@ TEST_P(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
     EXPECT_EQ(errorOf([&] { second->moveFirst(); }), engine::ObjectInvalid);
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(FileDynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwards) {
     auto rs = db->openRecordset("SELECT id, name FROM emp ORDER BY id");
     auto other = engine::openDatabase(path);
@@ -131,10 +127,6 @@ TEST_F(FileDynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAft
     EXPECT_EQ(testing_support::rowsOf(*other, "SELECT name FROM emp WHERE id = 2"),
               QStringList({"b3"}));
 }
-
-}  // namespace
-
-namespace {
 
 // Rows read at an open inside a read or a unit stand in for the rows' first visits only while
 // nothing can have changed them.
@@ -208,10 +200,6 @@ TEST_P(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
         other->execute("UPDATE emp SET name = 'c' WHERE id = 3");
     }
 }
-
-}  // namespace
-
-namespace {
 
 // Another connection's unit holds the rows it wrote: a write to them waits the bounded time and
 // then fails, and goes through once the unit is over.

@@ -84,11 +84,7 @@ TEST_F(FileEngineTest, OpeningRefusesWhatIsNoDatabaseAndNeverCreatesOne) {
     text.write("This is not a database, just some words of text that fill a page.");
     text.close();
     QFile(dir.filePath("empty.mdb")).open(QIODevice::WriteOnly);
-    const struct {
-        QString path;
-        int number;
-        QString message;
-    } cases[] = {
+    const std::tuple<QString, int, QString> cases[] = {
         {missing, engine::FileNotFound, "Couldn't find file '" + missing + "'."},
         {dir.filePath("notes.txt"), engine::UnrecognizedFormat,
          "Unrecognized database format '" + dir.filePath("notes.txt") + "'."},
@@ -96,23 +92,23 @@ TEST_F(FileEngineTest, OpeningRefusesWhatIsNoDatabaseAndNeverCreatesOne) {
          "Unrecognized database format '" + dir.filePath("empty.mdb") + "'."},
         {dir.path(), engine::InvalidPath, "'" + dir.path() + "' isn't a valid path."},
     };
-    for (const auto& c : cases) {
+    for (const auto& [location, number, message] : cases) {
         try {
-            engine::openDatabase(c.path);
-            ADD_FAILURE() << c.path.toStdString();
+            engine::openDatabase(location);
+            ADD_FAILURE() << location.toStdString();
         } catch (const rt::Error& e) {
-            EXPECT_EQ(e.number(), c.number);
-            EXPECT_EQ(e.description(), c.message);
+            EXPECT_EQ(e.number(), number);
+            EXPECT_EQ(e.description(), message);
         }
     }
     EXPECT_FALSE(QFile::exists(missing));
     EXPECT_EQ(errorOf([&] { engine::createDatabase(path); }), engine::DatabaseExists);
 }
 
-TEST_P(EngineTest, RecordCountGrowsAsRowsAreVisited) {
+// The count grows as rows are visited; moves past the ends, and any move on an empty set, fail.
+TEST_P(EngineTest, ACursorCountsTheRowsItVisitedAndStopsAtTheEnds) {
     auto rs = open("SELECT * FROM people ORDER BY name");
-    EXPECT_FALSE(rs->bof());
-    EXPECT_FALSE(rs->eof());
+    EXPECT_FALSE(rs->bof() || rs->eof());
     EXPECT_EQ(rs->recordCount(), 1);
     rs->moveNext();
     EXPECT_EQ(rs->recordCount(), 2);
@@ -120,20 +116,6 @@ TEST_P(EngineTest, RecordCountGrowsAsRowsAreVisited) {
     EXPECT_EQ(rs->recordCount(), 2);
     rs->moveLast();
     EXPECT_EQ(rs->recordCount(), 3);
-    rs->deleteCurrent();
-    EXPECT_EQ(rs->recordCount(), 2);
-    rs->requery();
-    EXPECT_EQ(rs->recordCount(), 1);
-
-    auto none = open("SELECT * FROM people WHERE age > 100");
-    EXPECT_EQ(none->recordCount(), 0);
-    EXPECT_TRUE(none->bof());
-    EXPECT_TRUE(none->eof());
-}
-
-TEST_P(EngineTest, MovesPastTheEndsAndOnAnEmptySet) {
-    auto rs = open("SELECT * FROM people ORDER BY name");
-    rs->moveLast();
     rs->moveNext();
     EXPECT_TRUE(rs->eof());
     EXPECT_EQ(errorOf([&] { rs->moveNext(); }), engine::NoCurrentRecord);
@@ -147,10 +129,16 @@ TEST_P(EngineTest, MovesPastTheEndsAndOnAnEmptySet) {
     rs->moveFirst();
     rs->move(2);
     EXPECT_EQ(rs->absolutePosition(), 2);
+    rs->deleteCurrent();
+    EXPECT_EQ(rs->recordCount(), 2);
+    rs->requery();
+    EXPECT_EQ(rs->recordCount(), 1);
     rs->move(-5);
     EXPECT_TRUE(rs->bof());
 
     auto none = open("SELECT * FROM people WHERE age > 100");
+    EXPECT_EQ(none->recordCount(), 0);
+    EXPECT_TRUE(none->bof() && none->eof());
     for (const auto& action : std::vector<std::function<void()>>{
              [&] { none->moveFirst(); }, [&] { none->moveNext(); }, [&] { none->moveLast(); },
              [&] { none->move(1); }, [&] { none->field("name").value(); }, [&] { none->edit(); }}) {
@@ -353,10 +341,7 @@ TEST_P(EngineTest, SelectIntoCopiesATableHereOrIntoAnotherFile) {
 
 TEST_P(EngineTest, OneStatementPerCallWhateverAValueHolds) {
     // Values typed into a query end it early or leave a quote open: either way nothing runs.
-    const struct {
-        QString sql;
-        int number;
-    } injections[] = {
+    const std::pair<QString, int> injections[] = {
         {"DELETE FROM people WHERE id = 1; DROP TABLE people", engine::CharactersAfterEnd},
         {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people; --'", engine::SyntaxError},
         {"SELECT * FROM people WHERE name = 'x'; DROP TABLE people", engine::CharactersAfterEnd},
@@ -364,9 +349,9 @@ TEST_P(EngineTest, OneStatementPerCallWhateverAValueHolds) {
          engine::CharactersAfterEnd},
         {"UPDATE people SET age = 1 WHERE name = 'o'brien'", engine::SyntaxError},
     };
-    for (const auto& c : injections) {
-        EXPECT_EQ(errorOf([&] { db->execute(c.sql); }), c.number) << c.sql.toStdString();
-        EXPECT_EQ(errorOf([&] { open(c.sql); }), c.number) << c.sql.toStdString();
+    for (const auto& [sql, number] : injections) {
+        EXPECT_EQ(errorOf([&] { db->execute(sql); }), number) << sql.toStdString();
+        EXPECT_EQ(errorOf([&] { open(sql); }), number) << sql.toStdString();
     }
     db->execute("UPDATE people SET age = 1 WHERE name = 'bob';  ");
     EXPECT_EQ(rt::CLng(open("SELECT count(*) FROM people")->field(0).value()), 3);
@@ -550,11 +535,7 @@ TEST_F(FileEngineTest, AUnitThatFailsToCommitIsUndoneWholeAndLeavesNothingOpen) 
 TEST_P(EngineTest, AStatementMeansWhatTheDialectReadsWhateverItsSpacing) {
     const QStringList unchanged = {"a 1", "b 2", "c 3"};
     const QStringList added = {"a 2", "b 3", "c 4"};
-    const struct {
-        QString sql;
-        int number;
-        QStringList rows;
-    } cases[] = {
+    const std::tuple<QString, int, QStringList> cases[] = {
         // Two minus signs are two operators, however they came to stand side by side: the
         // dialect has no comments.
         {"UPDATE plain SET amount = amount--1", 0, added},
@@ -576,14 +557,14 @@ TEST_P(EngineTest, AStatementMeansWhatTheDialectReadsWhateverItsSpacing) {
         // A line break inside a string is part of the string.
         {"UPDATE plain SET code = 'x\ny' WHERE amount = 2", 0, {"a 1", "x\ny 2", "c 3"}},
     };
-    for (const auto& c : cases) {
+    for (const auto& [sql, number, rows] : cases) {
         db->execute("DELETE FROM plain");
         db->execute(
             "INSERT INTO plain (code, amount, ordinal) VALUES ('a', 1, 1), ('b', 2, 2), "
             "('c', 3, 3)");
-        EXPECT_EQ(errorOf([&] { db->execute(c.sql); }), c.number) << c.sql.toStdString();
-        EXPECT_EQ(names("SELECT code & ' ' & amount AS name FROM plain ORDER BY ordinal"), c.rows)
-            << c.sql.toStdString();
+        EXPECT_EQ(errorOf([&] { db->execute(sql); }), number) << sql.toStdString();
+        EXPECT_EQ(names("SELECT code & ' ' & amount AS name FROM plain ORDER BY ordinal"), rows)
+            << sql.toStdString();
     }
 }
 

@@ -102,13 +102,8 @@ TEST(FormatNumbers, PlaceholdersScalingAndLiterals) {
         {-0.125, "0.00", "-0.13"},
         // A negative value that rounds to zero shows no sign.
         {-0.001, "0.00", "0.00"},
-    });
-}
-
-TEST(FormatNumbers, SectionsPickedBySign) {
-    // "User-defined numeric formats": positive;negative;zero. A negative section shows its own
-    // sign; an empty section takes the positive one's form, with a minus sign.
-    expectFormats({
+        // "User-defined numeric formats": positive;negative;zero. A negative section shows its
+        // own sign; an empty section takes the positive one's form, with a minus sign.
         {3, "0;(0);\\Z\\e\\r\\o", "3"},
         {-3, "0;(0);\\Z\\e\\r\\o", "(3)"},
         {0, "0;(0);\\Z\\e\\r\\o", "Zero"},
@@ -119,7 +114,7 @@ TEST(FormatNumbers, SectionsPickedBySign) {
     });
 }
 
-TEST(FormatNamed, DateAndTimeFormsFollowTheRegionalSettings) {
+TEST(FormatNamed, FormsFollowTheRegionalSettings) {
     // The facts sheet's named forms of 5 Jan 2000 13:05:09 (en-US).
     expectFormats({
         {kWhen, "Short Date", "1/5/2000"},
@@ -130,13 +125,11 @@ TEST(FormatNamed, DateAndTimeFormsFollowTheRegionalSettings) {
         {kWhen, "Short Time", "13:05"},
         {"1/5/2000", "Short Date", "1/5/2000"},
         {"not a date", "Short Date", "not a date"},
-    });
-}
-
-TEST(FormatNamed, NumberForms) {
-    // "Named formats": Yes/No, True/False, On/Off show the second word for zero; Scientific is
-    // standard scientific notation; Fixed and Standard show two decimals.
-    expectFormats({
+        // The calendar's edges (31 Dec 9999; noon before 1 Jan 100 is that day's time).
+        {Variant::date(2958465), "Short Date", "12/31/9999"},
+        {Variant::date(-657434.5), "Long Time", "12:00:00 PM"},
+        // "Named formats": Yes/No, True/False, On/Off show the second word for zero; Scientific
+        // is standard scientific notation; Fixed and Standard show two decimals.
         {0, "Yes/No", "No"},
         {-2.5, "yes/no", "Yes"},
         {true, "Yes/No", "Yes"},
@@ -186,11 +179,7 @@ TEST(FormatDates, CodesOnOneMoment) {
         {Variant::date(36530), "h:nn AM/PM", "12:00 AM"},
         {kWhen, "\\d\\a\\y d \"of\" yyyy", "day 5 of 2000"},
         {kWhen, "ddddddd", "Wednesday, January 05, 20005"},  // longer runs split up
-    });
-}
-
-TEST(FormatDates, ThePatternDecidesHowTheValueIsRead) {
-    expectFormats({
+        // The pattern decides how the value is read.
         {36530, "dddd", "Wednesday"},                   // a number is a day serial
         {"1/5/2000", "yyyy mmm", "2000 Jan"},           // text is read as a date
         {"not a date", "yyyy", "not a date"},           // text that is no date stays as it is
@@ -204,18 +193,14 @@ TEST(FormatDates, ThePatternDecidesHowTheValueIsRead) {
 TEST(FormatDates, SeparatorsAreTheLocales) {
     // ":" and "/" stand for the locale's time and date separators ("User-defined date/time
     // formats"); Qt's de_DE short date is "dd.MM.yy" and fi_FI's long time "H.mm.ss".
-    const struct {
-        QLocale locale;
-        const char* pattern;
-        const char* out;
-    } cases[] = {
+    const std::tuple<QLocale, const char*, const char*> cases[] = {
         {QLocale(QLocale::German, QLocale::Germany), "dd/mm/yyyy", "05.01.2000"},
         {QLocale(QLocale::Finnish, QLocale::Finland), "hh:nn", "13.05"},
         {QLocale(QLocale::English, QLocale::UnitedStates), "dd/mm hh:nn", "05/01 13:05"},
     };
-    for (const auto& c : cases) {
-        QLocale::setDefault(c.locale);
-        EXPECT_EQ(rt::Format(kWhen, c.pattern), c.out) << c.pattern;
+    for (const auto& [locale, pattern, out] : cases) {
+        QLocale::setDefault(locale);
+        EXPECT_EQ(rt::Format(kWhen, pattern), out) << pattern;
     }
 }
 

@@ -81,28 +81,28 @@ protected:
         }
         PGconn* maintenance = PQconnectdb("");
         ASSERT_EQ(PQstatus(maintenance), CONNECTION_OK) << PQerrorMessage(maintenance);
-        databaseName() = "pg_functions_test_" +
-                         QUuid::createUuid().toString(QUuid::Id128).left(12).toStdString();
-        run(maintenance, "CREATE DATABASE " + databaseName());
+        databaseName = "pg_functions_test_" +
+                       QUuid::createUuid().toString(QUuid::Id128).left(12).toStdString();
+        run(maintenance, "CREATE DATABASE " + databaseName);
         PQfinish(maintenance);
 
         const char* keys[] = {"dbname", nullptr};
-        const char* values[] = {databaseName().c_str(), nullptr};
-        connection() = PQconnectdbParams(keys, values, 1);
-        ASSERT_EQ(PQstatus(connection()), CONNECTION_OK) << PQerrorMessage(connection());
+        const char* values[] = {databaseName.c_str(), nullptr};
+        connection = PQconnectdbParams(keys, values, 1);
+        ASSERT_EQ(PQstatus(connection), CONNECTION_OK) << PQerrorMessage(connection);
         for (const QString& definition : engine::pg::functionDefinitions()) {
-            run(connection(), definition.toStdString());
+            run(connection, definition.toStdString());
         }
     }
 
     static void TearDownTestSuite() {
-        if (connection() == nullptr) {
+        if (connection == nullptr) {
             return;
         }
-        PQfinish(connection());
-        connection() = nullptr;
+        PQfinish(connection);
+        connection = nullptr;
         PGconn* maintenance = PQconnectdb("");
-        run(maintenance, "DROP DATABASE IF EXISTS " + databaseName());
+        run(maintenance, "DROP DATABASE IF EXISTS " + databaseName);
         PQfinish(maintenance);
     }
 
@@ -110,7 +110,7 @@ protected:
         if (qEnvironmentVariableIsEmpty("PGHOST")) {
             GTEST_SKIP() << "PGHOST is not set: no PostgreSQL server to run the functions on.";
         }
-        ASSERT_NE(connection(), nullptr);
+        ASSERT_NE(connection, nullptr);
     }
 
     static void run(PGconn* db, const std::string& sql) {
@@ -122,7 +122,7 @@ protected:
 
     static Outcome serverOutcome(const QString& call) {
         Outcome outcome;
-        PGresult* result = PQexec(connection(), ("SELECT " + call).toUtf8().constData());
+        PGresult* result = PQexec(connection, ("SELECT " + call).toUtf8().constData());
         if (PQresultStatus(result) == PGRES_TUPLES_OK) {
             if (!PQgetisnull(result, 0, 0)) {
                 outcome.value = QString::fromUtf8(PQgetvalue(result, 0, 0));
@@ -163,15 +163,8 @@ protected:
         }
     }
 
-    static std::string& databaseName() {
-        static std::string name;
-        return name;
-    }
-
-    static PGconn*& connection() {
-        static PGconn* db = nullptr;
-        return db;
-    }
+    static inline std::string databaseName;
+    static inline PGconn* connection = nullptr;
 };
 
 TEST(PgFunctionErrors, StatesCarryTheFailureNumber) {
@@ -245,47 +238,22 @@ TEST_F(PgFunctionsTest, LeftAndRightCountCharacters) {
 }
 
 TEST_F(PgFunctionsTest, MidTakesFromAStartForALength) {
-    const struct {
-        double start;
-        std::optional<double> length;
-    } cases[] = {
-        {1, {}},
-        {2, {}},
-        {5, {}},
-        {6, {}},
-        {7, {}},
-        {100, {}},
-        {0, {}},
-        {-1, {}},
-        {0.5, {}},
-        {1.5, {}},
-        {1, 0},
-        {1, 2},
-        {2, 3},
-        {4, 10},
-        {6, 1},
-        {9, 2},
-        {2, -1},
-        {0, -1},
-        {0, 2},
-        {2, 2.5},
-        {2, -0.5},
-        {3, 2147483647},
-        {2, 2147483648.0},
-        {2147483647, 5},
-    };
     const QString t = "Hello";
-    for (const auto& c : cases) {
-        if (c.length) {
+    for (const double start : {1.0, 2.0, 5.0, 6.0, 7.0, 100.0, 0.0, -1.0, 0.5, 1.5}) {
+        expectSame(QStringLiteral("dialect_mid(%1, %2)").arg(text(t), number(start)),
+                   [&] { return rt::Variant(t.mid(characterCount(start, 1) - 1)); });
+    }
+    // Every start against every length.
+    const double starts[] = {1, 2, 4, 6, 9, 0, 3, 2147483647};
+    const double lengths[] = {0, 1, 2, 3, 5, 10, -1, 2.5, -0.5, 2147483647, 2147483648.0};
+    for (const double start : starts) {
+        for (const double length : lengths) {
             expectSame(QStringLiteral("dialect_mid(%1, %2, %3)")
-                           .arg(text(t), number(c.start), number(*c.length)),
+                           .arg(text(t), number(start), number(length)),
                        [&] {
-                           const int start = characterCount(c.start, 1);
-                           return rt::Variant(t.mid(start - 1, characterCount(*c.length, 0)));
+                           const int from = characterCount(start, 1);
+                           return rt::Variant(t.mid(from - 1, characterCount(length, 0)));
                        });
-        } else {
-            expectSame(QStringLiteral("dialect_mid(%1, %2)").arg(text(t), number(c.start)),
-                       [&] { return rt::Variant(t.mid(characterCount(c.start, 1) - 1)); });
         }
     }
     expectSame("dialect_mid(NULL, 0, -1)", [] { return rt::Variant::null(); });
@@ -342,39 +310,21 @@ TEST_F(PgFunctionsTest, NzAndIIfGiveOneOfTheirValues) {
     }
 }
 
+// Every dividend against every divisor: signs, halves, zero, -1 and the ends of a Long.
 TEST_F(PgFunctionsTest, ModKeepsTheDividendsSign) {
-    const struct {
-        double dividend, divisor;
-    } cases[] = {
-        {7, 3},
-        {-7, 3},
-        {7, -3},
-        {-7, -3},
-        {6, 3},
-        {0, 5},
-        {7, -1},
-        {-2147483648.0, -1},
-        {2147483647, 2},
-        {2.5, 2},
-        {3.5, 2},
-        {7, 2.5},
-        {7, 0},
-        {7, 0.4},
-        {0, 0},
-        {2147483648.0, 3},
-        {3, -2147483649.0},
-        {2147483648.0, 0},
-    };
-    for (const auto& c : cases) {
-        expectSame(QStringLiteral("dialect_mod(%1, %2)").arg(number(c.dividend), number(c.divisor)),
-                   [&] {
-                       const qint32 dividend = rt::CLng(rt::Variant(c.dividend));
-                       const qint32 divisor = rt::CLng(rt::Variant(c.divisor));
-                       if (divisor == 0) {
-                           throw rt::Error::standard(rt::DivisionByZero);
-                       }
-                       return rt::Variant(divisor == -1 ? 0 : dividend % divisor);
-                   });
+    const double dividends[] = {7, -7, 6, 0, 3, -2147483648.0, 2147483647, 2147483648.0, 2.5, 3.5};
+    const double divisors[] = {3, -3, 5, -1, 2, 2.5, 0, 0.4, -2147483649.0};
+    for (const double a : dividends) {
+        for (const double b : divisors) {
+            expectSame(QStringLiteral("dialect_mod(%1, %2)").arg(number(a), number(b)), [&] {
+                const qint32 dividend = rt::CLng(rt::Variant(a));
+                const qint32 divisor = rt::CLng(rt::Variant(b));
+                if (divisor == 0) {
+                    throw rt::Error::standard(rt::DivisionByZero);
+                }
+                return rt::Variant(divisor == -1 ? 0 : dividend % divisor);
+            });
+        }
     }
     expectSame("dialect_mod(NULL, 0)", [] { return rt::Variant::null(); });
 }
@@ -482,10 +432,7 @@ TEST_F(PgFunctionsTest, DateAddMovesByIntervals) {
 }
 
 TEST_F(PgFunctionsTest, DateDiffCountsBoundaries) {
-    const struct {
-        const char* interval;
-        double date1, date2;
-    } cases[] = {
+    const std::tuple<const char*, double, double> cases[] = {
         {"yyyy", serial(2023, 12, 31, 23, 59, 59), serial(2024, 1, 1)},
         {"yyyy", serial(2024, 1, 1), serial(2024, 12, 31)},
         {"yyyy", serial(2024, 6, 1), serial(1999, 6, 1)},
@@ -530,13 +477,13 @@ TEST_F(PgFunctionsTest, DateDiffCountsBoundaries) {
         {"d", 2958466, 0},
         {"d", 0, -657435},
     };
-    for (const auto& c : cases) {
+    for (const auto& [interval, from, to] : cases) {
         expectSame(QStringLiteral("dialect_datediff(%1, %2, %3)")
-                       .arg(text(c.interval), number(c.date1), number(c.date2)),
+                       .arg(text(interval), number(from), number(to)),
                    [&] {
-                       const double date1 = rt::CDate(rt::Variant(c.date1));
-                       const double date2 = rt::CDate(rt::Variant(c.date2));
-                       return rt::Variant(int(rt::DateDiff(c.interval, date1, date2)));
+                       const double date1 = rt::CDate(rt::Variant(from));
+                       const double date2 = rt::CDate(rt::Variant(to));
+                       return rt::Variant(int(rt::DateDiff(interval, date1, date2)));
                    });
     }
     expectSame("dialect_datediff('d', NULL, 0)", [] { return rt::Variant::null(); });

@@ -183,20 +183,16 @@ TEST_F(ProfileTest, TextIsStoredAsWindows1252WhereItReadsBackElseAsUtf8) {
 
 TEST_F(ProfileTest, ALineBreakCannotAddKeys) {
     const QByteArray before = "[S]\r\nDatabase=/old.mdb\r\n";
-    const struct {
-        const char* section;
-        const char* key;
-        const char* value;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"S", "Database", "/new.mdb\nWP=secret"},
         {"S", "Database", "/new.mdb\rWP=secret"},
         {"S", "Database\r\nWP", "secret"},
         {"S]\nWP=secret\n[S", "Database", "x"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [section, key, value] : cases) {
         write(before);
-        EXPECT_FALSE(writeKey(c.section, c.key, c.value)) << c.section << "/" << c.key;
-        EXPECT_EQ(content(), before) << c.section << "/" << c.key;
+        EXPECT_FALSE(writeKey(section, key, value)) << section << "/" << key;
+        EXPECT_EQ(content(), before) << section << "/" << key;
     }
     QFile::remove(file);
     EXPECT_FALSE(writeKey("S", "Database", "/new.mdb\nWP=secret"));

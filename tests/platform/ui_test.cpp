@@ -2,6 +2,8 @@
 
 #include "platform/scripted_ui.h"
 
+#include "fixtures.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -46,12 +48,7 @@ TEST_F(SeamFixture, AnUnhandledFailureShowsTheRuntimesTextAndEndsTheRun) {
 
 TEST(Seam, WithoutASeamAnyUseIsAnUnsetObject) {
     setUi(nullptr);
-    try {
-        ShowBusy();
-        FAIL();
-    } catch (const rt::Error& e) {
-        EXPECT_EQ(e.number(), rt::ObjectNotSet);
-    }
+    EXPECT_EQ(testing_support::errorOf([] { ShowBusy(); }), rt::ObjectNotSet);
 }
 
 }  // namespace

@@ -101,12 +101,8 @@ TEST_F(OptionsTest, WithoutTheCursorSaveIsSilentAndGetFails) {
     gOptionsRS.reset();
     SaveOption(1, "Options", "x", false);
     EXPECT_TRUE(ui.messages.empty());
-    try {
-        GetOption(1, "Options", 1, false);
-        FAIL();
-    } catch (const rt::Error& e) {
-        EXPECT_EQ(e.number(), rt::ObjectNotSet);
-    }
+    EXPECT_EQ(testing_support::errorOf([] { GetOption(1, "Options", 1, false); }),
+              rt::ObjectNotSet);
 }
 
 }  // namespace

@@ -56,11 +56,7 @@ TEST(FormatValue, ByFieldType) {
 }
 
 TEST(BusinessDays, SkipWeekends) {
-    const struct {
-        double from;
-        double days;
-        double to;
-    } cases[] = {
+    const std::tuple<double, double, double> cases[] = {
         {day(2000, 1, 7), 1, day(2000, 1, 10)},   // Friday + 1 = Monday
         {day(2000, 1, 8), 1, day(2000, 1, 10)},   // Saturday moves to the Friday first
         {day(2000, 1, 9), 1, day(2000, 1, 10)},   // and so does Sunday
@@ -71,9 +67,9 @@ TEST(BusinessDays, SkipWeekends) {
         {day(2000, 1, 8), -1, day(2000, 1, 7)},  // Saturday moves on to Monday first
         {day(2000, 1, 12) + 0.25, 1.9, day(2000, 1, 13) + 0.25},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(AddBusinessDays(Variant::date(c.from), c.days), Variant::date(c.to))
-            << c.from << " " << c.days;
+    for (const auto& [from, days, to] : cases) {
+        EXPECT_EQ(AddBusinessDays(Variant::date(from), days), Variant::date(to))
+            << from << " " << days;
     }
     EXPECT_EQ(AddBusinessDays("1/7/2000", 1), Variant("1/7/2000"));  // not of date type
     EXPECT_EQ(AddBusinessDays(Variant::date(day(2000, 1, 7)), "1"), Variant::date(day(2000, 1, 7)));
