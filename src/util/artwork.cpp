@@ -71,10 +71,11 @@ QPixmap makerLogo() {
     return pixmap;
 }
 
-QIcon consoleIcon() {
-    QPixmap pixmap = canvas(32, 32);
+QPixmap consoleImage(int size) {
+    QPixmap pixmap = canvas(size, size);
     QPainter p(&pixmap);
     p.setRenderHint(QPainter::Antialiasing);
+    p.scale(size / 32.0, size / 32.0);
     p.setBrush(kBrand);
     p.setPen(kBrand.darker(150));
     p.drawRoundedRect(QRectF(1.5, 1.5, 29, 29), 5, 5);
@@ -82,7 +83,11 @@ QIcon consoleIcon() {
     p.setPen(Qt::NoPen);
     p.drawEllipse(QRectF(11, 6, 10, 10));
     p.drawRoundedRect(QRectF(7, 18, 18, 9), 4, 4);
-    return QIcon(pixmap);
+    return pixmap;
+}
+
+QIcon consoleIcon() {
+    return QIcon(consoleImage(32));
 }
 
 QIcon newEntryIcon() {

@@ -12,6 +12,8 @@ constexpr int kActivityImages = 9;
 // 6 meeting, 7 task, 8 other.
 QPixmap activityImage(int index);
 QPixmap makerLogo();
+// The console's picture, drawn afresh at any size for the desktop's icon files.
+QPixmap consoleImage(int size);
 QIcon consoleIcon();
 // The faces of the console's command buttons.
 QIcon newEntryIcon();

@@ -72,7 +72,11 @@ Command parse(const QStringList& arguments, const QStringList& allowedOptions) {
 
 int run(const QStringList& arguments) {
     const QString name = arguments.value(0);
-    if (name == "create") {
+    if (name == "--help") {
+        std::fputs(kUsage, stdout);
+    } else if (name == "--version") {
+        std::printf("lattimer-db (Orvane Administration) %s\n", ORVANE_VERSION);
+    } else if (name == "create") {
         const Command command = parse(arguments, {});
         installer::createDatabase(command.target);
         std::printf("Created %s\n", qPrintable(QDir::toNativeSeparators(command.target)));
