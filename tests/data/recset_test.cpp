@@ -103,19 +103,6 @@ TEST_F(RecSetTest, FindRecordAppendsOnlyTheSecondConditionToTheCallersText) {
     EXPECT_FALSE(rs->FindNext("section = 'options'"));
 }
 
-TEST_F(RecSetTest, TheSmallParts) {
-    auto rs = open("users");
-    EXPECT_FALSE(rs->BatchUpdate());
-    rs->BatchUpdate(true);
-    EXPECT_FALSE(rs->BatchUpdate());
-    rs->RecordChanges();
-    rs->SyncRecordSet();
-    EXPECT_EQ(rs->FieldSize("Name"), 50);
-    EXPECT_EQ(rs->fields().Count(), 12);
-    EXPECT_EQ(rs->fields().Item("Logon").size(), 8);
-    EXPECT_EQ(rs->locRecordset()->fieldIndex("logon"), 2);
-}
-
 class DBaseTest : public testing_support::SeamTest {
 protected:
     void TearDown() override {
