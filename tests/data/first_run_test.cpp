@@ -143,36 +143,35 @@ TEST_F(FirstRunTest, TheFirstLogonSetsUpTheInstallation) {
     EXPECT_FALSE(gDBase.showCaption) << "the logon window is gone";
 }
 
-TEST_F(FirstRunTest, AddressLinesAreJoinedOnlyForKeysThatHoldText) {
+// Address lines are joined only for keys that hold text; missing keys give their defaults.
+TEST_F(FirstRunTest, TheDetailsAsStored) {
     const struct {
-        const char* line1;
-        const char* line2;
-        const char* line3;
-        const char* address;
+        installer::FirstRunDetails details;
+        const char* user;     // Name|Logon|Password
+        const char* company;  // CompanyName|companyphone|Address
     } cases[] = {
-        {"1 Main St", "Floor 2", "Suite 4", "1 Main St\nFloor 2\nSuite 4"},
-        {"1 Main St", "", "Suite 4", "1 Main St\nSuite 4"},
-        {"1 Main St", "", "", "1 Main St"},
-        {"", "Floor 2", "", "\nFloor 2"},
+        {{"Pat Boss", "boss", "", "Boss & Sons", "555-0199", "1 Main St", "Floor 2", "Suite 4"},
+         "Pat Boss|boss|",
+         "Boss & Sons|555-0199|1 Main St\nFloor 2\nSuite 4"},
+        {{"Pat Boss", "boss", "", "Boss & Sons", "555-0199", "1 Main St", "", "Suite 4"},
+         "Pat Boss|boss|",
+         "Boss & Sons|555-0199|1 Main St\nSuite 4"},
+        {{"Pat Boss", "boss", "", "Boss & Sons", "555-0199", "1 Main St", "", ""},
+         "Pat Boss|boss|",
+         "Boss & Sons|555-0199|1 Main St"},
+        {{"Pat Boss", "boss", "", "Boss & Sons", "555-0199", "", "Floor 2", ""},
+         "Pat Boss|boss|",
+         "Boss & Sons|555-0199|\nFloor 2"},
+        {{"", "boss", "", "", "", "", "", ""}, "FirstOn|boss|", "FirstOn|FirstOn|"},
     };
     for (const auto& c : cases) {
-        installer::FirstRunDetails details = kDetails;
-        details.companyAddress1 = c.line1;
-        details.companyAddress2 = c.line2;
-        details.companyAddress3 = c.line3;
-        const QString database = install(details);
-        ASSERT_TRUE(logOn(database, "boss", "secret")) << c.address;
-        EXPECT_EQ(rows(database, "SELECT Address FROM sysinfo"), QStringList({c.address}));
+        SCOPED_TRACE(c.company);
+        const QString database = install(c.details);
+        ASSERT_TRUE(logOn(database, "boss", ""));
+        EXPECT_EQ(rows(database, "SELECT Name, Logon, Password FROM users"), QStringList({c.user}));
+        EXPECT_EQ(rows(database, "SELECT CompanyName, companyphone, Address FROM sysinfo"),
+                  QStringList({c.company}));
     }
-}
-
-TEST_F(FirstRunTest, MissingKeysGiveTheirDefaults) {
-    const QString database = install({"", "boss", "", "", "", "", "", ""});
-    ASSERT_TRUE(logOn(database, "boss", ""));
-    EXPECT_EQ(rows(database, "SELECT Name, Logon, Password FROM users"),
-              QStringList({"FirstOn|boss|"}));
-    EXPECT_EQ(rows(database, "SELECT CompanyName, companyphone, Address FROM sysinfo"),
-              QStringList({"FirstOn|FirstOn|"}));
 }
 
 TEST_F(FirstRunTest, AnotherDatabaseOpenedOnTheInstallationOnlyTakesTheFileAway) {

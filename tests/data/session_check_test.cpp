@@ -11,26 +11,23 @@ namespace {
 
 const QString kTerminated =
     "You're logon has been terminated by another user.  Please press OK until you no longer "
-    "receive this message "
-    "and then exit the application.";
+    "receive this message and then exit the application.";
 
 class SessionCheckTestFixture : public testing_support::SessionTest {
 protected:
-    void SetUp() override {
-        SessionTest::SetUp();
-        if (IsSkipped()) {
-            return;
-        }
-        // This process's session, as the logon wrote it.
+    void TearDown() override {
+        ResetSessionCheck();
+        SessionTest::TearDown();
+    }
+    // This process's session as the logon wrote it, at a count of no opens.
+    void logOn() {
         gLogonTime = rt::Variant::date(rt::Now());
+        execute("DELETE FROM rts");
         execute("INSERT INTO rts (lt, uid, fslevel) VALUES (CDATE('" + rt::CStr(gLogonTime) +
                 "'),1,0)");
         gWatchdogOff = false;
         ResetSessionCheck();
-    }
-    void TearDown() override {
-        ResetSessionCheck();
-        SessionTest::TearDown();
+        ui.messages.clear();
     }
     // Opens that many cursors; each runs the check.
     void opens(int n) {
@@ -45,59 +42,46 @@ class SessionCheckTest : public testing_support::OnEveryBackend<SessionCheckTest
 ORVANE_ON_EVERY_BACKEND(SessionCheckTest);
 
 TEST_P(SessionCheckTest, TheFiftyFirstOpenLooksAndTheMessageComesAtTheOpenAfter) {
-    opens(50);
-    execute("DELETE FROM rts");  // an administrator took the row away
-    EXPECT_TRUE(ui.messages.empty());
-    opens(1);  // the 51st looks, and finds the row gone
-    EXPECT_TRUE(ui.messages.empty());
-    opens(1);
-    EXPECT_EQ(ui.texts(), std::vector<QString>{kTerminated});
+    const struct {
+        const char* what;
+        int opensBefore;     // before another user changes rts...
+        const char* change;  // ...so
+        int opensAfter;
+        size_t messages;
+    } cases[] = {
+        {"the 50th does not look", 49, "DELETE FROM rts", 2, 0},
+        {"a second logon of the employee replaces the row", 0,
+         "UPDATE rts SET lt = DATEADD(\"s\",5,lt)", 52, 1},
+        {"a look that finds the row has nothing to say", 0, nullptr, 120, 0},
+        {"a process that wrote no row never looks", -1, "DELETE FROM rts", 120, 0},
+        {"the 51st looks, the 52nd tells", 50, "DELETE FROM rts", 2, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        logOn();
+        if (c.opensBefore < 0) {
+            gLogonTime = rt::Variant();
+        }
+        opens(std::max(c.opensBefore, 0));
+        if (c.change) {
+            execute(c.change);
+        }
+        opens(c.opensAfter);
+        EXPECT_EQ(ui.texts(), std::vector<QString>(c.messages, kTerminated));
+    }
     ShowBusy();
-    opens(2);  // again at every open, with the hourglass off
+    opens(2);  // once missed, again at every open, with the hourglass off
     EXPECT_EQ(ui.messages.size(), 3u);
     EXPECT_FALSE(ui.busy);
 }
 
-TEST_P(SessionCheckTest, TheFiftiethDoesNotLook) {
-    opens(49);
-    execute("DELETE FROM rts");
-    opens(1);  // the 50th
-    opens(1);  // the 51st: the look, which finds nothing
-    opens(1);
-    EXPECT_EQ(ui.messages.size(), 1u);
-    ResetSessionCheck();
-    execute("INSERT INTO rts (lt, uid, fslevel) VALUES (CDATE('" + rt::CStr(gLogonTime) +
-            "'),1,0)");
-    opens(60);  // a look that finds this session's row: nothing to say
-    EXPECT_EQ(ui.messages.size(), 1u);
-}
-
-TEST_P(SessionCheckTest, ASecondLogonOfTheEmployeeReplacesTheRow) {
-    execute("DELETE FROM rts");
-    execute("INSERT INTO rts (lt, uid, fslevel) VALUES (DATEADD(\"s\",5,CDATE('" +
-            rt::CStr(gLogonTime) + "')),1,0)");
-    opens(52);
-    EXPECT_EQ(ui.texts(), std::vector<QString>{kTerminated});
-}
-
-TEST_P(SessionCheckTest, AProcessThatWroteNoRowNeverLooks) {
-    gLogonTime = rt::Variant();
-    execute("DELETE FROM rts");
-    opens(120);
-    EXPECT_TRUE(ui.messages.empty());
-}
-
 TEST_P(SessionCheckTest, WithTheCheckOffTheCounterOverflowsAtThe32768thOpen) {
+    logOn();
     gWatchdogOff = true;
     execute("DELETE FROM rts");
     opens(32767);
     EXPECT_TRUE(ui.messages.empty());
-    try {
-        opens(1);
-        FAIL() << "the 32768th open went through";
-    } catch (const rt::Error& e) {
-        EXPECT_EQ(e.number(), rt::Overflow);
-    }
+    EXPECT_EQ(testing_support::errorOf([this] { opens(1); }), rt::Overflow);
 }
 
 }  // namespace

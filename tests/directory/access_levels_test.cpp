@@ -208,9 +208,7 @@ TEST_P(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
         tick(kClientAccountsNumber, false);
         ui.answers.push_back(c.answer);
         chooseLevel(c.nextLevel);
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text, "Save changes?");
-        EXPECT_EQ(ui.messages[0].buttons, Msg::YesNo);
+        EXPECT_TRUE(testing_support::saidOnly(ui, "Save changes?", Msg::YesNo));
         EXPECT_EQ(stored("level1name"), c.storedName);
         EXPECT_EQ(stored("level1")[kClientAccountsNumber], c.storedRight);
         EXPECT_EQ(gLevelNames(0), c.storedName);
@@ -268,9 +266,7 @@ TEST_P(AccessLevelsTest, ClosingWithUnsavedChangesAsksAndEndsEitherWay) {
         tick(kModifyNameOfClients, false);
         ui.answers.push_back(c.answer);
         EXPECT_THROW(console.Form_Unload(), RunEnded);
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text, "Save access level changes?");
-        EXPECT_EQ(ui.messages[0].buttons, Msg::YesNo);
+        EXPECT_TRUE(testing_support::saidOnly(ui, "Save access level changes?", Msg::YesNo));
         EXPECT_EQ(stored("level1")[kModifyNameOfClients], c.storedRight);
         EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
         setStored("level1", QString(245, '1'));

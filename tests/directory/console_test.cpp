@@ -105,29 +105,6 @@ TEST_P(ConsoleTest, EveryListKeepsASelectedRowForItsCommands) {
     }
 }
 
-TEST_P(ConsoleTest, TheListsShowTheirCells) {
-    run("UPDATE users SET fslevel = 7 WHERE id = 5");
-    run("UPDATE users SET num = NULL WHERE id = 7");
-    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 4, 0)");  // a second row: still one Yes
-    start();
-    EXPECT_EQ(
-        rows(console.lstEmployees),
-        QStringList({"Alice Admin|admin|Administrator|1|No|CSD", "Brian Cole|bcole|Agent|2|No|AGD",
-                     "Carmen Diaz|cdiaz|Associate|3|No|ASD", "Derek Evans|devans|Manager|4|Yes|AGP",
-                     "Erin Ford|eford|Clerk|5|No"}));
-    EXPECT_EQ(console.lstEmployees->tag(3).toInt(), 4);
-    EXPECT_EQ(console.lstEmployees->selectedRow(), 0);
-    EXPECT_EQ(rows(showTab(frmAdmin::Workgroups)),
-              QStringList({"Sales Team|2|6", "Support Desk|0|7"}));
-    EXPECT_EQ(rows(showTab(frmAdmin::Equipment)),
-              QStringList({"Conference Room|8", "Projector|9"}));
-    // Out of the user's reach, its logic kept.
-    EXPECT_EQ(rows(showTab(frmAdmin::Branches)),
-              QStringList({"Downtown Office|2|10", "Northside Office|0|11"}));
-    EXPECT_EQ(console.lstEmployees->caption(4), "Logged In");
-    EXPECT_EQ(console.lstEquipment->caption(0), "Equipment Description");
-}
-
 TEST_P(ConsoleTest, WhatEachTabShowsAndEnables) {
     run("DELETE FROM users WHERE type = 2");
     start();

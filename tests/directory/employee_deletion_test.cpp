@@ -2,32 +2,25 @@
 // employee; counted table by table on a database where two employees own rows everywhere.
 
 #include "console_fixture.h"
-#include "data/dbase.h"
-#include "data/session.h"
-#include "directory/frm_admin.h"
 #include "directory/frm_delete_employee.h"
-#include "logon/command_line.h"
-#include "platform/convert.h"
-#include "util/report_list.h"
 
 #include <QComboBox>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QtTest/QTest>
 
 #include <map>
 #include <optional>
-#include <set>
 
 namespace {
 
-using platform::RunEnded;
-using platform::Msg::No;
-using platform::Msg::Yes;
+namespace Msg = platform::Msg;
+using testing_support::saidOnly;
 
-// The tables an employee's data lies in, and the column through which each row is found.
+const QString kQuestion = "Are you sure you want to delete this user?";
+
+// The tables an employee's data lies in.
 const char* const kTables[] = {
     "udfs",      "reminder", "billcode", "options",  "auto",      "autostep", "budgets",
     "busdev",    "reports",  "rptcntls", "modeling", "clients",   "clntudf",  "clntudf2",
@@ -55,44 +48,36 @@ protected:
     // account rows, an invoice with a disbursement, a list with its rows, a report, automation.
     // In each row {u} stands for the employee, and {n}, {r} and {l} for the ids base + 1, 10, 50.
     void seed(int user, int base) {
-        const char* const rows[] = {
+        QStringList rows = {
             "udfs (Parent, Col, Descrpn, Class, userid) VALUES ('clntudf', 'udf5', 'Mine', 2, {u})",
             "reminder (userid, startd) VALUES ({u}, 36766)",
             "billcode (userid, code) VALUES ({u}, 'B{u}')",
             "options (userid, section, value1) VALUES ({u}, 'Options', '1')",
             "auto (id, userid) VALUES ({n}, {u})",
-            "autostep (autoid) VALUES ({n})",
             "budgets (parentid, type) VALUES ({u}, 1)",
             "budgets (parentid, type) VALUES ({n}, 0)",
-            "busdev (userid) VALUES ({u})",
             "reports (id, userid, Name) VALUES ({r}, {u}, 'Mine')",
             "rptcntls (rptid) VALUES ({r})",
-            "modeling (userid) VALUES ({u})",
             "clients (id, userid, Name) VALUES ({n}, {u}, 'Client {u}')",
-            "clntudf (id) VALUES ({n})",
-            "clntudf2 (id) VALUES ({n})",
-            "history (client_id) VALUES ({n})",
             "files (id, ownerid) VALUES ({n}, {n})",
-            "acctudf (id) VALUES ({n})",
-            "projudf (id) VALUES ({n})",
-            "RelDocs (accid) VALUES ({n})",
-            "RelPple (accid) VALUES ({n})",
-            "balance (accid) VALUES ({n})",
-            "billsetup (accid) VALUES ({n})",
             "charges (id, accid, userid) VALUES ({n}, {n}, {u})",
             "invoice (id, accid, userid) VALUES ({n}, {n}, {u})",
-            "disburse (invoiceid) VALUES ({n})",
-            "funds (accid) VALUES ({n})",
-            "trans (acc_id) VALUES ({n})",
             "lists (id, listid, userid) VALUES ({n}, {l}, {u})",
             "listflds (listid) VALUES ({l})",
             "listmmbr (listid) VALUES ({l})",
-            "listudf (id) VALUES ({n})",
-            "reflib (userid) VALUES ({u})",
         };
-        for (const char* row : rows) {
-            run(QString("INSERT INTO %1")
-                    .arg(row)
+        for (const char* owned : {"busdev", "modeling", "reflib"}) {
+            rows << QString("%1 (userid) VALUES ({u})").arg(owned);
+        }
+        for (const char* keyed :
+             {"autostep (autoid)", "clntudf (id)", "clntudf2 (id)", "history (client_id)",
+              "acctudf (id)", "projudf (id)", "RelDocs (accid)", "RelPple (accid)",
+              "balance (accid)", "billsetup (accid)", "disburse (invoiceid)", "funds (accid)",
+              "trans (acc_id)", "listudf (id)"}) {
+            rows << QString("%1 VALUES ({n})").arg(keyed);
+        }
+        for (const QString& row : rows) {
+            run(QString("INSERT INTO " + row)
                     .replace("{u}", QString::number(user))
                     .replace("{n}", QString::number(base + 1))
                     .replace("{r}", QString::number(base + 10))
@@ -106,14 +91,23 @@ protected:
         }
         return result;
     }
-    // Deletes Brian through the window, with what the user does there.
-    void deleteBrian(const std::function<void(frmDeleteEmployee*)>& choose) {
-        console.lstEmployees->selectRow(1);
+    // Every table's count has gone down by what `gone` says for it, 0 for a table not named.
+    void expectGone(const std::map<QString, qint32>& gone) {
+        const std::map<QString, qint32> after = counts();
+        for (const char* table : kTables) {
+            const auto it = gone.find(table);
+            EXPECT_EQ(after.at(table), before.at(table) - (it == gone.end() ? 0 : it->second))
+                << table;
+        }
+    }
+    // Deletes the employee in that row of the list, with what the user does in the window.
+    void deleteRow(int row, const std::function<void(frmDeleteEmployee*)>& choose) {
+        console.lstEmployees->selectRow(row);
         inWindow<frmDeleteEmployee>([choose](auto* window) {
             choose(window);
             window->cmdOK->click();
         });
-        ui.answers.push_back(Yes);
+        ui.answers.push_back(Msg::Yes);
         console.cmdDelete_Click();
     }
 
@@ -127,16 +121,24 @@ ORVANE_ON_EVERY_BACKEND(EmployeeDeletionTest);
 // Failures made with the embedded engine's own triggers and another program's lock on the file.
 class FileEmployeeDeletionTest : public EmployeeDeletionTestFixture {};
 
+// The rows of Brian's that either choice deletes.
+const std::map<QString, qint32> kPersonal = {
+    {"udfs", 1},     {"reminder", 1},  {"billcode", 1}, {"options", 1}, {"auto", 1},
+    {"autostep", 1}, {"budgets", 2},   {"busdev", 1},   {"reports", 1}, {"rptcntls", 1},
+    {"modeling", 1}, {"extaccess", 2}, {"users", 1}};
+
 TEST_P(EmployeeDeletionTest, AllDataLeavesNothingOfTheEmployeeAndTouchesNoOneElse) {
-    deleteBrian([](frmDeleteEmployee* w) { w->optAll->setChecked(true); });
-    const std::map<QString, qint32> after = counts();
+    deleteRow(1, [](frmDeleteEmployee* w) { w->optAll->setChecked(true); });
     // Brian had one row in each table; two in charges and invoice (his own account's and the
     // one on Carmen's); two clients and files with the demo's own; extaccess held 1->2 and 6->2.
-    const std::set<QString> twice = {"budgets", "clients", "files",
-                                     "charges", "invoice", "extaccess"};
+    std::map<QString, qint32> gone;
     for (const char* table : kTables) {
-        EXPECT_EQ(after.at(table), before.at(table) - (twice.count(table) ? 2 : 1)) << table;
+        gone[table] = 1;
     }
+    for (const char* twice : {"budgets", "clients", "files", "charges", "invoice", "extaccess"}) {
+        gone[twice] = 2;
+    }
+    expectGone(gone);
     EXPECT_EQ(count("clients", "userid = 3"), 3);
     EXPECT_EQ(count("disburse", "invoiceid = 201"), 1);
     EXPECT_EQ(count("users", "id = 2"), 0);
@@ -151,27 +153,14 @@ class HandOverTest : public EmployeeDeletionTestFixture,
 
 TEST_P(HandOverTest, GivesTheBusinessDataToTheChosenEmployeeAndRemovesThePersonal) {
     console.lstColumnClick(console.lstEmployees, 0);  // descending: Erin, Derek, Carmen, Brian
-    console.lstEmployees->selectRow(3);
     QString chosen;
-    inWindow<frmDeleteEmployee>([&](auto* window) {
+    deleteRow(3, [&](frmDeleteEmployee* window) {
         window->cmbEmployee->setCurrentIndex(GetParam());
         chosen = window->cmbEmployee->currentText();
-        window->cmdOK->click();
     });
-    ui.answers.push_back(Yes);
-    console.cmdDelete_Click();
     ASSERT_FALSE(chosen.isEmpty());
     SCOPED_TRACE(chosen.toStdString());
-    const std::map<QString, qint32> after = counts();
-    const std::map<QString, qint32> personal = {
-        {"udfs", 1},     {"reminder", 1},  {"billcode", 1}, {"options", 1}, {"auto", 1},
-        {"autostep", 1}, {"budgets", 2},   {"busdev", 1},   {"reports", 1}, {"rptcntls", 1},
-        {"modeling", 1}, {"extaccess", 2}, {"users", 1}};
-    for (const char* table : kTables) {
-        const auto it = personal.find(table);
-        EXPECT_EQ(after.at(table), before.at(table) - (it == personal.end() ? 0 : it->second))
-            << table;
-    }
+    expectGone(kPersonal);
     const QString receiver =
         QString::number(number("SELECT id FROM users WHERE Name = '" + chosen + "'"));
     for (const char* table : {"clients", "lists", "invoice", "charges"}) {
@@ -189,23 +178,21 @@ TEST_P(HandOverTest, GivesTheBusinessDataToTheChosenEmployeeAndRemovesThePersona
 INSTANTIATE_TEST_SUITE_P(EveryPosition, HandOverTest, ::testing::Range(0, 4));
 
 TEST_P(EmployeeDeletionTest, ANameTypedInCountsOnlyWhenTheListHasIt) {
-    console.lstEmployees->selectRow(1);
-    inWindow<frmDeleteEmployee>([&](auto* window) {
+    ui.answers = {Msg::OK};
+    deleteRow(1, [&](frmDeleteEmployee* window) {
         window->cmbEmployee->setEditText("Nobody at all");
         window->cmdOK->click();  // stopped before the question: nothing ran
         EXPECT_TRUE(window->isVisible());
         EXPECT_TRUE(window->bCanceled);
         EXPECT_EQ(counts(), before);
+        EXPECT_TRUE(saidOnly(ui,
+                             "Choose from the list the employee who is to receive the data, or "
+                             "choose to delete all of the employee's data.",
+                             Msg::OKOnly | Msg::Exclamation, "Delete Employee"));
+        ui.messages.clear();
         window->cmbEmployee->setEditText("Derek Evans");  // typed, not chosen
-        window->cmdOK->click();
     });
-    ui.answers = {platform::Msg::OK, Yes};
-    console.cmdDelete_Click();
-    EXPECT_EQ(ui.texts(),
-              std::vector<QString>({"Choose from the list the employee who is to receive the data, "
-                                    "or choose to delete all of the employee's data.",
-                                    "Are you sure you want to delete this user?"}));
-    EXPECT_EQ(ui.messages[0].title, "Delete Employee");
+    EXPECT_TRUE(saidOnly(ui, kQuestion, Msg::YesNo | Msg::DefaultButton2));
     EXPECT_EQ(number("SELECT userid FROM clients WHERE id = 101"), 4);
     EXPECT_EQ(count("users", "id = 2"), 0);
 }
@@ -249,18 +236,18 @@ TEST_F(FileEmployeeDeletionTest, AFailedDeletionChangesNothingAndCanBeTriedAgain
                 window->cmdOK->click();
             }
         });
-        ui.answers = {Yes, platform::Msg::OK, Yes};
+        ui.answers = {Msg::Yes, Msg::OK, Msg::Yes};
         console.cmdDelete_Click();
     }
-    EXPECT_EQ(ui.texts(), std::vector<QString>({"Are you sure you want to delete this user?",
-                                                "Couldn't update; currently locked.",
-                                                "Are you sure you want to delete this user?"}));
+    EXPECT_EQ(ui.texts(),
+              std::vector<QString>({kQuestion, "Couldn't update; currently locked.", kQuestion}));
     EXPECT_EQ(count("users", "id = 2"), 0);
     EXPECT_EQ(count("clients", "userid = 2"), 0);
     EXPECT_EQ(console.lstEmployees->rowCount(), 4);
 }
 
-TEST_P(EmployeeDeletionTest, CancelAndNoChangeNothing) {
+// Cancel, No (which Enter answers) and an attempt on oneself delete nothing.
+TEST_P(EmployeeDeletionTest, CancelNoAndYourselfChangeNothing) {
     console.lstEmployees->selectRow(1);
     inWindow<frmDeleteEmployee>([](auto* window) { window->cmdCancel->click(); });
     console.cmdDelete_Click();
@@ -270,22 +257,18 @@ TEST_P(EmployeeDeletionTest, CancelAndNoChangeNothing) {
         EXPECT_TRUE(window->bCanceled);
         window->close();
     });
-    ui.answers.push_back(No);
     console.cmdDelete_Click();
-    EXPECT_EQ(counts(), before);
-    EXPECT_EQ(console.lstEmployees->rowCount(), 5);
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"Are you sure you want to delete this user?"});
-    EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
-    EXPECT_EQ(ui.messages[0].defaultButton, 2);  // Enter answers No
-}
+    EXPECT_TRUE(saidOnly(ui, kQuestion, Msg::YesNo | Msg::DefaultButton2));
+    EXPECT_EQ(ui.messages[0].answer, Msg::No);
 
-TEST_P(EmployeeDeletionTest, YouCannotDeleteYourself) {
+    ui.messages.clear();
+    const size_t windows = ui.modalWindows.size();
     console.lstEmployees->selectRow(0);
     console.cmdDelete_Click();
-    EXPECT_EQ(ui.texts(), std::vector<QString>{
-                              "You cannot delete yourself from the employees list.  Logon as a "
-                              "different administrator to remove yourself."});
-    EXPECT_TRUE(ui.modalWindows.empty());
+    EXPECT_TRUE(saidOnly(ui,
+                         "You cannot delete yourself from the employees list.  Logon as a "
+                         "different administrator to remove yourself."));
+    EXPECT_EQ(ui.modalWindows.size(), windows);
     EXPECT_EQ(counts(), before);
     EXPECT_EQ(console.lstEmployees->rowCount(), 5);
 }
@@ -294,14 +277,13 @@ TEST_P(EmployeeDeletionTest, TheWindowOffersTheOtherEmployeesInTheListsOrder) {
     console.lstColumnClick(console.lstEmployees, 0);  // descending: Erin first
     console.lstEmployees->selectRow(3);               // Brian
     QStringList offered;
-    QString defaultButton;
     inWindow<frmDeleteEmployee>([&](auto* window) {
         EXPECT_TRUE(window->optGive->isChecked());
         for (int i = 0; i < window->cmbEmployee->count(); ++i) {
             offered << window->cmbEmployee->itemText(i) + "=" +
                            window->cmbEmployee->itemData(i).toString();
         }
-        defaultButton = window->cmdCancel->isDefault() ? "cmdCancel" : "cmdOK";
+        EXPECT_TRUE(window->cmdCancel->isDefault());
         QTest::mouseClick(window->Label1[0], Qt::LeftButton);
         EXPECT_TRUE(window->optAll->isChecked());
         QTest::mouseClick(window->Label1[1], Qt::LeftButton);
@@ -310,20 +292,18 @@ TEST_P(EmployeeDeletionTest, TheWindowOffersTheOtherEmployeesInTheListsOrder) {
         EXPECT_EQ(window->windowTitle(), "Delete Employee");
         window->cmdCancel->click();
     });
-    ui.answers.push_back(No);
     console.cmdDelete_Click();
     EXPECT_EQ(offered,
               QStringList({"Erin Ford=5", "Derek Evans=4", "Carmen Diaz=3", "Alice Admin=1"}));
-    EXPECT_EQ(defaultButton, "cmdCancel");
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"Are you sure you want to delete this user?"});
+    EXPECT_TRUE(saidOnly(ui, kQuestion, Msg::YesNo | Msg::DefaultButton2));
 }
 
 TEST(DeleteEmployeeWindow, TheOnlyEmployeeLeavesOnlyAllData) {
+    platform::ScriptedUi ui;
+    platform::setUi(&ui);
     ReportList employees("lstEmployees");
     employees.setColumns({{"Employee", 3881}});
     employees.addRow("Lone Ranger", 7);
-    platform::ScriptedUi ui;
-    platform::setUi(&ui);
     frmDeleteEmployee window(&employees);
     window.id = 7;
     window.ShowModal();

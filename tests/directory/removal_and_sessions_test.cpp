@@ -80,10 +80,8 @@ TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
         const qint32 links = count("extaccess", c.extaccessGone);
         const QString entry = QString::number(c.entry);
         remove(list, c.entry, No);
-        ASSERT_EQ(ui.messages.size(), 1u) << c.question;
-        EXPECT_EQ(ui.messages[0].text, c.question);
-        EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
-        EXPECT_EQ(ui.messages[0].defaultButton, 2);  // No
+        EXPECT_TRUE(testing_support::saidOnly(
+            ui, c.question, platform::Msg::YesNo | platform::Msg::DefaultButton2));
         EXPECT_EQ(list->rowCount(), rows);
         EXPECT_EQ(count("users", "id = " + entry), 1);
         EXPECT_EQ(count("extaccess", c.extaccessGone), links);
@@ -243,11 +241,11 @@ TEST_P(ConsoleCommandsTest, LoggingOffAnEmployeeFromEveryTabThatReachesIt) {
         console.mnLogOff->trigger();
         EXPECT_EQ(count("rts", "uid = 4"), 2) << tab;
         EXPECT_EQ(console.lstEmployees->cell(3, 4), "Yes");
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text,
-                  "This will invalidate any current working sessions of the Lattimer Series "
-                  "for Derek Evans.  \r\nAre you SURE you want to continue?");
-        EXPECT_EQ(ui.messages[0].defaultButton, 1);  // Yes
+        EXPECT_TRUE(testing_support::saidOnly(ui,
+                                              "This will invalidate any current working sessions "
+                                              "of the Lattimer Series for Derek Evans.  \r\nAre "
+                                              "you SURE you want to continue?",
+                                              platform::Msg::YesNo));
     }
     showTab(frmAdmin::Equipment);  // acts on the employee list out of sight
     ui.answers.push_back(Yes);
@@ -266,12 +264,12 @@ TEST_P(ConsoleCommandsTest, ClearingAllSessionsFromAnyTab) {
         ui.answers.push_back(No);
         console.mnClearRTS->trigger();
         EXPECT_EQ(count("rts"), 2);
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text,
-                  "This will invalidate any current working sessions of the Lattimer Series.  "
-                  "Anyone currently using the system will be disconnected.\r\nAre you SURE you "
-                  "want to continue?");
-        EXPECT_EQ(ui.messages[0].defaultButton, 1);
+        EXPECT_TRUE(testing_support::saidOnly(
+            ui,
+            "This will invalidate any current working sessions of the Lattimer Series.  Anyone "
+            "currently using the system will be disconnected.\r\nAre you SURE you want to "
+            "continue?",
+            platform::Msg::YesNo));
     }
     EXPECT_EQ(console.lstEmployees->cell(3, 4), "Yes");
     const bool editEnabled = console.cmdEdit->isEnabled();

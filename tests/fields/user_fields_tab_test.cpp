@@ -194,12 +194,11 @@ TEST_P(ClassMoveTest, WritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
     clickClass(move.to);
 
     if (move.answer) {
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text,
-                  "If you change a user field from C to A or B all information for that user "
-                  "field will be cleared.  Do you wish to continue?");
-        EXPECT_EQ(ui.messages[0].buttons, platform::Msg::YesNo);
-        EXPECT_EQ(ui.messages[0].defaultButton, 2);
+        EXPECT_TRUE(testing_support::saidOnly(
+            ui,
+            "If you change a user field from C to A or B all information for that user field "
+            "will be cleared.  Do you wish to continue?",
+            platform::Msg::YesNo | platform::Msg::DefaultButton2));
     } else {
         EXPECT_TRUE(ui.messages.empty());
     }

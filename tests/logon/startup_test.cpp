@@ -4,11 +4,9 @@
 #include "data/dbase.h"
 #include "data/session.h"
 #include "fixtures.h"
-#include "installation.h"
 #include "logon/command_line.h"
 #include "logon/frm_startup.h"
 #include "logon/logon_state.h"
-#include "platform/os.h"
 #include "settings/settings_file.h"
 #include "util/product.h"
 #include "util/twips.h"
@@ -31,35 +29,15 @@ frmStartUp* logonWindow(QWidget* w) {
 
 class StartUpTest : public testing_support::DemoTest {
 protected:
-    void SetUp() override {
-        DemoTest::SetUp();
-        database = ReadIni("Database");
-    }
-    // The user's part in the next modal window: type a password and press Logon.
-    void logOnWith(const QString& password) {
-        ui.modalScripts.push_back([password](QWidget* w) {
-            logonWindow(w)->txtPassword->setText(password);
-            logonWindow(w)->cmdOK->click();
-        });
-    }
-
-    QString database;
     frmStartUp window;
 };
 
 TEST_F(StartUpTest, TheWindowAndItsDatabaseFrameFoldedByTheHeight) {
-    EXPECT_EQ(window.windowTitle(), "Logon");
     EXPECT_EQ(window.txtLogon->maxLength(), 8);
     EXPECT_EQ(window.txtPassword->maxLength(), 8);
     EXPECT_EQ(window.txtPassword->echoMode(), QLineEdit::Password);
-    EXPECT_EQ(window.txtDatabase->maxLength(), 255);
-    EXPECT_EQ(window.chkPassword->text(), "&Save Password");
-    EXPECT_EQ(window.cmdOK->text(), "&Logon");
-    EXPECT_EQ(window.cmdCancel->text(), "&Cancel");
-    EXPECT_EQ(window.cmdBrowse->text(), "..");
     // The frame lies below the folded height.
     EXPECT_GE(window.frameDT->geometry().top(), twipsToPixels(2850) - 2);
-
     const struct {
         int height;
         const char* caption;
@@ -75,38 +53,32 @@ TEST_F(StartUpTest, TheWindowAndItsDatabaseFrameFoldedByTheHeight) {
     EXPECT_EQ(window.Height(), 2850);
 }
 
-TEST_F(StartUpTest, AReturningUserSeesTheStoredLogonAndAStoredPasswordTicksTheBox) {
-    WriteIni("WP", ProgramSection(), "orvane");
-    QString seenLogon;
-    QString seenPassword;
-    bool ticked = false;
-    int height = 0;
-    ui.modalScripts.push_back([&](QWidget* w) {
-        seenLogon = logonWindow(w)->txtLogon->text();
-        seenPassword = logonWindow(w)->txtPassword->text();
-        ticked = logonWindow(w)->chkPassword->isChecked();
-        height = logonWindow(w)->Height();
-        logonWindow(w)->cmdOK->click();
-    });
-    EXPECT_TRUE(window.ShowMe(false, false, true));
-    EXPECT_EQ(seenLogon, "admin");
-    EXPECT_EQ(seenPassword, "orvane");
-    EXPECT_TRUE(ticked);
-    EXPECT_EQ(height, 2850);  // a stored database keeps the frame folded
-    EXPECT_EQ(window.txtDatabase->text(), database);
-    EXPECT_EQ(window.Label2[0]->text(), "");
-    EXPECT_EQ(window.Label2[1]->text(), gVersionText);
-    EXPECT_TRUE(gVersionText.startsWith("Version "));
-    EXPECT_EQ(ui.modalWindows, std::vector<QString>{"frmStartUp"});
-    EXPECT_FALSE(window.isVisible());
-    EXPECT_EQ(ReadIni("WP"), "orvane");  // kept: the box stayed ticked
-}
-
-TEST_F(StartUpTest, AnEmptyStoredPasswordLeavesTheBoxClearAndSavingIsDecidedAgain) {
-    logOnWith("orvane");
-    EXPECT_TRUE(window.ShowMe(false, false, true));
-    EXPECT_FALSE(window.chkPassword->isChecked());
-    EXPECT_EQ(ReadIni("WP", ProgramSection(), "<none>"), "<none>");
+// A stored password fills the box and ticks Save Password, which keeps it; without one the box
+// stays clear and the logon stores none.
+TEST_F(StartUpTest, AReturningUserSeesTheStoredLogonAndPassword) {
+    const QString database = ReadIni("Database");
+    for (const QString stored : {"orvane", ""}) {
+        SCOPED_TRACE(stored.toStdString());
+        WriteIni("WP", ProgramSection(), stored);
+        QString seen;
+        ui.modalScripts.push_back([&](QWidget* w) {
+            EXPECT_EQ(logonWindow(w)->txtLogon->text(), "admin");
+            EXPECT_EQ(logonWindow(w)->chkPassword->isChecked(), !stored.isEmpty());
+            EXPECT_EQ(logonWindow(w)->Height(), 2850);  // a stored database keeps it folded
+            seen = logonWindow(w)->txtPassword->text();
+            logonWindow(w)->txtPassword->setText("orvane");
+            logonWindow(w)->cmdOK->click();
+        });
+        frmStartUp fresh;
+        EXPECT_TRUE(fresh.ShowMe(false, false, true));
+        EXPECT_EQ(seen, stored);
+        EXPECT_EQ(ReadIni("WP", ProgramSection(), "<none>"), stored.isEmpty() ? "<none>" : stored);
+        EXPECT_EQ(fresh.txtDatabase->text(), database);
+        EXPECT_EQ(fresh.Label2[1]->text(), gVersionText);
+        EXPECT_TRUE(gVersionText.startsWith("Version "));
+        EXPECT_FALSE(fresh.isVisible());
+    }
+    EXPECT_EQ(ui.modalWindows, std::vector<QString>(2, "frmStartUp"));
 }
 
 TEST_F(StartUpTest, CancelAndClosingTheWindowEndTheRun) {
@@ -138,28 +110,33 @@ TEST_F(StartUpTest, AFailedCredentialLeavesTheWindowOpenForASecondTry) {
         logonWindow(w)->cmdOK->click();
     });
     EXPECT_TRUE(window.ShowMe(false, false, true));
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"You have entered an invalid password."});
+    EXPECT_TRUE(testing_support::saidOnly(ui, "You have entered an invalid password.",
+                                          platform::Msg::OKOnly, "Logon"));
     EXPECT_FALSE(window.bCanceled);
     EXPECT_EQ(gUsers(0).Name, "Alice Admin");
 }
 
+// The command line logs on without showing the window, and its password replaces a stored one
+// even when it gives none.
 TEST_F(StartUpTest, TheCommandLineLogsOnWithoutShowingTheWindow) {
-    WriteIni("WP", ProgramSection(), "stored");
-    SetCommandLine("-porvane -LADMIN");  // either case, in any order
-    EXPECT_TRUE(window.ShowMe(false, false, true));
-    EXPECT_TRUE(ui.modalWindows.empty());
+    WriteIni("WP", ProgramSection(), "orvane");
+    SetCommandLine("-pstored -LADMIN");  // either case, in any order
+    EXPECT_THROW(window.ShowMe(false, false, true), RunEnded);
     EXPECT_EQ(window.txtLogon->text(), "ADMIN");
-    EXPECT_EQ(window.txtPassword->text(), "orvane");
+    EXPECT_EQ(window.txtPassword->text(), "stored");
+    EXPECT_EQ(ui.texts(), std::vector<QString>{"You have entered an invalid password."});
+
+    frmStartUp second;
+    SetCommandLine("-ladmin -porvane");
+    EXPECT_TRUE(second.ShowMe(false, false, true));
+    EXPECT_TRUE(ui.modalWindows.empty());
     EXPECT_EQ(gUsers(0).Name, "Alice Admin");
     EXPECT_TRUE(ui.busy);  // no activation: the start of the run ends the hourglass
-}
 
-TEST_F(StartUpTest, TheCommandLineOverwritesAStoredPasswordEvenWithNothing) {
-    WriteIni("WP", ProgramSection(), "orvane");
+    frmStartUp third;
     SetCommandLine("-ladmin");
-    EXPECT_THROW(window.ShowMe(false, false, true), RunEnded);
-    EXPECT_EQ(window.txtPassword->text(), "");
-    EXPECT_EQ(ui.texts(), std::vector<QString>{"You have entered an invalid password."});
+    EXPECT_THROW(third.ShowMe(false, false, true), RunEnded);
+    EXPECT_EQ(third.txtPassword->text(), "");
     EXPECT_TRUE(ui.modalWindows.empty());
 }
 

@@ -29,6 +29,36 @@ int errorOf(const std::function<void()>& action) {
     return 0;
 }
 
+namespace {
+
+std::string boxText(const QString& text, int buttons, int icon, int defaultButton,
+                    const QString& title) {
+    return QStringLiteral("\"%1\" (title \"%2\", buttons %3, icon %4, default button %5)")
+        .arg(text, title)
+        .arg(buttons)
+        .arg(icon)
+        .arg(defaultButton)
+        .toStdString();
+}
+
+}  // namespace
+
+::testing::AssertionResult saidOnly(const platform::ScriptedUi& ui, const QString& text, int style,
+                                    const QString& title) {
+    namespace Msg = platform::Msg;
+    const std::string wanted = boxText(text, Msg::buttonsOf(style), Msg::iconOf(style),
+                                       Msg::defaultButtonOf(style), title);
+    std::string shown;
+    for (const auto& m : ui.messages) {
+        shown += "\n  " + boxText(m.text, m.buttons, m.icon, m.defaultButton, m.title);
+    }
+    if (ui.messages.size() == 1 && shown == "\n  " + wanted) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure()
+           << "wanted only " << wanted << "\nshown:" << (shown.empty() ? " nothing" : shown);
+}
+
 void SeamTest::SetUp() {
     if (lacksServer(backend)) {
         GTEST_SKIP() << kNoServer;

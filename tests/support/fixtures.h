@@ -22,6 +22,13 @@ namespace testing_support {
 // The number of the run-time failure the action raises, 0 when it raises none.
 int errorOf(const std::function<void()>& action);
 
+// Whether the one message shown so far is this box: its text, its style (buttons, icon and
+// default button, as the code passes them) and its title. A box that asks before something
+// destructive is only right whole: a changed default button is as wrong as a changed text.
+::testing::AssertionResult saidOnly(const platform::ScriptedUi& ui, const QString& text,
+                                    int style = platform::Msg::OKOnly,
+                                    const QString& title = platform::kApplicationTitle);
+
 // A test with the scripted seam installed and a folder of its own, which it may fill with a
 // database as the installer ships it.
 class SeamTest : public ::testing::Test {
