@@ -3,6 +3,7 @@
 #include "installation.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 // glib first: mdbtools.h includes it inside extern "C", where its C++ parts don't compile.
@@ -12,6 +13,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,8 +30,9 @@ constexpr qint64 kJet4Page = 4096;
 constexpr size_t kBindSize = 4 * 1024 * 1024;
 // How long the trial read may go without a sign of progress before the file is taken for one
 // that sends libmdb round in circles.
-constexpr int kIdleMilliseconds = 60000;
+constexpr int kIdleMilliseconds = 30000;
 constexpr int kRowsPerSign = 1000;
+constexpr rlim_t kReaderMemory = rlim_t(4) * 1024 * 1024 * 1024;
 
 void checkHeader(const QString& path) {
     QFile file(path);
@@ -115,9 +119,11 @@ public:
         }
         mdb_set_bind_size(mdb_, kBindSize);
         mdb_set_boolean_fmt_numbers(mdb_);
-        if (!mdb_read_catalog(mdb_, MDB_TABLE) || mdb_->num_catalog == 0) {
+        try {
+            checkCatalog();
+        } catch (...) {
             mdb_close(mdb_);
-            throw InstallError("the list of tables in " + path + " cannot be read: it is damaged.");
+            throw;
         }
     }
     ~Reader() { mdb_close(mdb_); }
@@ -178,6 +184,34 @@ public:
     }
 
 private:
+    // libmdb reads what it can of a file cut short and passes over the rest: the tables it lists
+    // must all lie within the file, and it must list them all.
+    void checkCatalog() {
+        const auto damaged = [&] {
+            return InstallError("the list of tables in " + path_ +
+                                " cannot be read: the file is damaged or cut short.");
+        };
+        if (!mdb_read_catalog(mdb_, MDB_ANY) || mdb_->num_catalog == 0) {
+            throw damaged();
+        }
+        const qint64 pages = QFileInfo(path_).size() / mdb_->fmt->pg_size;
+        for (unsigned i = 0; i < mdb_->num_catalog; ++i) {
+            const auto* entry = static_cast<MdbCatalogEntry*>(g_ptr_array_index(mdb_->catalog, i));
+            if (entry->object_type == MDB_TABLE && qint64(entry->table_pg) >= pages) {
+                throw damaged();
+            }
+        }
+        const TablePtr catalog = open(QStringLiteral("MSysObjects"));
+        mdb_rewind_table(catalog.get());
+        unsigned rows = 0;
+        while (mdb_fetch_row(catalog.get())) {
+            ++rows;
+        }
+        if (rows != catalog->num_rows || rows != mdb_->num_catalog) {
+            throw damaged();
+        }
+    }
+
     std::vector<LegacyColumn> columnsOf(const MdbTableDef& table, const QString& name) const {
         std::vector<LegacyColumn> columns;
         for (unsigned c = 0; c < table.num_cols; ++c) {
@@ -196,9 +230,17 @@ private:
         return columns;
     }
 
+    // By the catalog read once: libmdb's lookup by name reads it anew, which takes the entries
+    // from under a table already open.
     TablePtr open(const QString& name) {
-        QByteArray key = name.toUtf8();
-        TablePtr table(mdb_read_table_by_name(mdb_, key.data(), MDB_TABLE));
+        MdbCatalogEntry* found = nullptr;
+        for (unsigned i = 0; i < mdb_->num_catalog && !found; ++i) {
+            auto* entry = static_cast<MdbCatalogEntry*>(g_ptr_array_index(mdb_->catalog, i));
+            if (entry->object_type == MDB_TABLE && QString::fromUtf8(entry->object_name) == name) {
+                found = entry;
+            }
+        }
+        TablePtr table(found ? mdb_read_table(found) : nullptr);
         if (!table || !mdb_read_columns(table.get())) {
             throw InstallError("the table " + name + " in " + path_ +
                                " cannot be read: the file is damaged.");
@@ -276,9 +318,18 @@ void readThroughApart(const QString& path) {
     if (pipe(channel) != 0) {
         throw InstallError("cannot start reading " + path + ": " + strerror(errno));
     }
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
         close(channel[0]);
+        // A reader gone astray goes with the tool when that is stopped, and can't take the
+        // machine's memory.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent) {
+            _exit(1);
+        }
+        const rlimit memory{kReaderMemory, kReaderMemory};
+        setrlimit(RLIMIT_AS, &memory);
         // The parent tells what went wrong; libmdb's own complaints would only confuse.
         const int quiet = open("/dev/null", O_WRONLY);
         dup2(quiet, STDERR_FILENO);
@@ -327,7 +378,7 @@ void readThroughApart(const QString& path) {
     waitpid(child, &status, 0);
     if (stalled) {
         throw InstallError("reading " + path +
-                           " made no progress for a minute: the file is "
+                           " made no progress for half a minute: the file is "
                            "damaged.");
     }
     if (WIFSIGNALED(status)) {
