@@ -408,6 +408,28 @@ TEST_P(ImportedOfficeTest, LogsOnAndFillsTheConsoleAsBefore) {
     EXPECT_EQ(listsOn(target), before);
 }
 
+// A database of another version is imported as it is, and the console refuses it as it refuses
+// that version today.
+TEST_P(ImportedOfficeTest, AnotherVersionIsRefusedByTheGate) {
+    listsOn(demoDatabase());  // the first logon, which sets up the administrator
+    FakeSource source = FakeSource::of(*db);
+    FakeSource::Table& sysinfo = source.table("sysinfo");
+    ASSERT_EQ(sysinfo.columns[1].name, "dbversion");
+    sysinfo.rows[0][1] = 6.4f;
+    const QString target = testing_support::newDatabaseLocation(backend, folder, "older");
+    installer::importDatabase(source, target, kQuiet);
+
+    ui.messages.clear();
+    WriteIni("Database", FolderSection(platform::programFolder()), target);
+    SetCommandLine("-ladmin -porvane");
+    EXPECT_THROW(console.Form_Activate(), platform::RunEnded);
+    const std::vector<QString> shown = ui.texts();
+    const QString all = QStringList(shown.begin(), shown.end()).join('\n');
+    EXPECT_TRUE(
+        all.contains("The database you are trying to open is a 6.4 version of the database."))
+        << all.toStdString();
+}
+
 // The tool on files that are no Jet database or are damaged: a message, a non-zero exit, and
 // nothing at the target; and a target that holds tables is refused and left as it was.
 class ImportToolTest : public ::testing::Test {
