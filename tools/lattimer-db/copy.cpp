@@ -5,6 +5,7 @@
 #include "platform/engine/engine.h"
 #include "platform/engine/errors.h"
 #include "schema.h"
+#include "target.h"
 
 #include <QStringList>
 
@@ -13,28 +14,6 @@
 namespace installer {
 
 namespace {
-
-constexpr int kRowsPerBatch = 2000;
-
-// The target: made new, or an existing database without tables.
-std::unique_ptr<engine::Database> emptyTarget(const QString& target, bool& made) {
-    try {
-        auto db = engine::createDatabase(target);
-        made = true;
-        return db;
-    } catch (const rt::Error& failure) {
-        if (failure.number() != engine::DatabaseExists) {
-            throw InstallError("cannot create a database at " + target + ": " +
-                               failure.description());
-        }
-    }
-    auto db = engine::openDatabase(target);
-    if (!db->tableNames().isEmpty()) {
-        throw InstallError(target +
-                           " already holds tables; the copy goes only into an empty database.");
-    }
-    return db;
-}
 
 // The table as the installer makes it, indexes and all, when it is one of the suite's own with
 // the same columns; else as its columns are declared.
@@ -54,10 +33,6 @@ QStringList definitionOf(const QString& table,
     return {engine::tableDefinition(table, columns)};
 }
 
-qint32 rowCount(engine::Database& db, const QString& table) {
-    return rt::CLng(db.openRecordset("SELECT count(*) FROM [" + table + "]")->field(0).value());
-}
-
 void copyTable(engine::Database& from, engine::Database& to, const QString& table,
                const std::function<void(const QString&)>& progress) {
     const std::vector<engine::ColumnDeclaration> columns = from.columnsOf(table);
@@ -70,21 +45,15 @@ void copyTable(engine::Database& from, engine::Database& to, const QString& tabl
     }
     engine::ReadScope together(from);
     auto rows = from.openRecordset("SELECT * FROM [" + table + "]");
-    std::vector<std::vector<rt::Variant>> batch;
-    qint64 copied = 0;
+    RowBatches batches(to, table, names, progress);
     for (; !rows->eof(); rows->moveNext()) {
-        std::vector<rt::Variant>& row = batch.emplace_back();
+        std::vector<rt::Variant> row;
         for (int c = 0; c < rows->fieldCount(); ++c) {
             row.push_back(rows->fieldValue(c));
         }
-        if (batch.size() == kRowsPerBatch) {
-            to.insertRows(table, names, batch);
-            copied += qint64(batch.size());
-            batch.clear();
-            progress(QStringLiteral("%1: %2 rows").arg(table).arg(copied));
-        }
+        batches.add(std::move(row));
     }
-    to.insertRows(table, names, batch);
+    batches.finish();
     to.setCounterPosition(table, from.counterPosition(table));
 }
 
@@ -98,8 +67,7 @@ void copyDatabase(const QString& source, const QString& target,
     } catch (const rt::Error& failure) {
         throw InstallError("cannot open " + source + ": " + failure.description());
     }
-    bool made = false;
-    std::unique_ptr<engine::Database> to = emptyTarget(target, made);
+    TargetDatabase to(target);
     try {
         const QStringList tables = from->tableNames();
         for (const QString& table : tables) {
@@ -120,24 +88,11 @@ void copyDatabase(const QString& source, const QString& target,
             }
             progress(QStringLiteral("%1: %2 rows, the same on both sides").arg(table).arg(here));
         }
-    } catch (...) {
-        to->close();
-        if (made) {
-            engine::removeDatabase(target);
-        } else {
-            // An empty database that was there stays, emptied again of what the copy made.
-            auto again = engine::openDatabase(target);
-            for (const QString& table : again->tableNames()) {
-                again->deleteTable(table);
-            }
-        }
-        try {
-            throw;
-        } catch (const rt::Error& failure) {
-            throw InstallError("cannot copy " + source + " to " + target + ": " +
-                               failure.description());
-        }
+    } catch (const rt::Error& failure) {
+        throw InstallError("cannot copy " + source + " to " + target + ": " +
+                           failure.description());
     }
+    to.keep();
 }
 
 }  // namespace installer

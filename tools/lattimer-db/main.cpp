@@ -1,7 +1,9 @@
 // lattimer-db: what the suite's installer does, from the command line.
 
 #include "copy.h"
+#include "import.h"
 #include "installation.h"
+#include "mdb_source.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -28,7 +30,10 @@ const char* const kUsage =
     "      go to F, so that the first logon sets up the demo's administrator and company\n"
     "  lattimer-db copy SOURCE TARGET\n"
     "      the whole database SOURCE copied into TARGET, a new or empty database, each a file\n"
-    "      or a postgresql:// URI; every table's row count is checked on both sides\n";
+    "      or a postgresql:// URI; every table's row count is checked on both sides\n"
+    "  lattimer-db import LEGACY.mdb TARGET\n"
+    "      an office's existing Jet 3 or Jet 4 database file brought into TARGET, a new or empty\n"
+    "      database, a file or a postgresql:// URI: every table and every row\n";
 
 struct UsageError {
     QString message;
@@ -106,6 +111,18 @@ int run(const QStringList& arguments) {
             std::fprintf(stderr, "%s\n", qPrintable(step));
         });
         std::printf("Copied %s to %s\n", qPrintable(arguments[1]), qPrintable(arguments[2]));
+    } else if (name == "import") {
+        if (arguments.size() != 3) {
+            throw UsageError{QStringLiteral("import needs a legacy database file and a target.")};
+        }
+        installer::MdbSource legacy(arguments[1]);
+        const auto imported = installer::importDatabase(
+            legacy, arguments[2],
+            [](const QString& step) { std::fprintf(stderr, "%s\n", qPrintable(step)); });
+        std::printf("Imported %s into %s:\n", qPrintable(arguments[1]), qPrintable(arguments[2]));
+        for (const installer::ImportedTable& table : imported) {
+            std::printf("  %s: %lld rows\n", qPrintable(table.name), table.rows);
+        }
     } else {
         throw UsageError{name.isEmpty() ? QStringLiteral("a command is needed.")
                                         : "unknown command '" + name + "'."};

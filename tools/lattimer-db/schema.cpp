@@ -198,9 +198,14 @@ QString columnDefinition(const ColumnDef& column) {
         return name + " VARCHAR(" + match.captured(1) + ") COLLATE NOCASE CHECK (length(" + name +
                ") <= " + match.captured(1) + ")";
     }
+    static const QRegularExpression decimal(QStringLiteral("^DECIMAL\\(\\d+,\\d+\\)$"));
+    if (decimal.match(column.type).hasMatch()) {
+        return name + " " + column.type;
+    }
     static const QHash<QString, QString> types = {
         {"COUNTER", "INTEGER PRIMARY KEY AUTOINCREMENT"},
         {"MEMO", "LONGTEXT COLLATE NOCASE"},
+        {"BYTE", "BYTE"},
         {"SHORT", "SMALLINT"},
         {"LONG", "INTEGER"},
         {"SINGLE", "SINGLE"},

@@ -9,8 +9,8 @@
 
 namespace installer {
 
-// A column in the database's own type words: COUNTER, TEXT(n), MEMO, SHORT, LONG, SINGLE,
-// DOUBLE, CURRENCY, DATETIME, BIT, LONGBINARY.
+// A column in the database's own type words: COUNTER, TEXT(n), MEMO, BYTE, SHORT, LONG, SINGLE,
+// DOUBLE, CURRENCY, DECIMAL(precision,scale), DATETIME, BIT, LONGBINARY.
 struct ColumnDef {
     QString name;
     QString type;
