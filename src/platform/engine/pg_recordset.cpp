@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace engine::pg {
 
 namespace {
@@ -71,13 +73,20 @@ PgRecordset::PgRecordset(std::shared_ptr<Connection> connection,
         tableOid_ = connection_->tableOid(table());
     }
     const QString key = quoteName(table()) + "." + quoteName(kRowKey);
+    // The embedded engine gives a table's rows in the order they were added unless asked for
+    // another; a server gives them as they lie on disk, which an update reshuffles.
+    const QString addedOrder = " ORDER BY " + key;
     if (statement.kind == dialect::Statement::TableName) {
-        sql_ = "SELECT " + key + ", * FROM " + quoteName(table());
+        sql_ = "SELECT " + key + ", * FROM " + quoteName(table()) + addedOrder;
         fetchSql_ = "SELECT * FROM " + quoteName(table()) + " WHERE " + key + " = $1";
     } else if (keyed()) {
         // The key goes first, so that each row can be found again to read it or write it back.
         const std::vector<size_t> top = dialect::topLevel(tokens);
         sql_ = "SELECT " + key + ", " + serverText(tokens, top[0] + 1);
+        if (std::none_of(top.begin(), top.end(),
+                         [&](size_t t) { return tokens[t].isWord("order"); })) {
+            sql_ += addedOrder;
+        }
         // A row read again shows even when it no longer meets the WHERE, as a dynaset's rows do.
         size_t from = 0;
         while (!tokens[top[from]].isWord("from")) {
