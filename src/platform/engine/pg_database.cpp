@@ -8,6 +8,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace engine::pg {
 
 namespace {
@@ -45,6 +47,14 @@ Settings settingsOf(const QString& uri, const QString& database = QString()) {
         }
     }
     PQconninfoFree(options);
+    // A server that accepts the connection and then stalls would hang the console for good;
+    // a URI or PGCONNECT_TIMEOUT may give a wait of its own.
+    const bool timeoutGiven = std::find(settings.keywords.begin(), settings.keywords.end(),
+                                        "connect_timeout") != settings.keywords.end();
+    if (!timeoutGiven && qEnvironmentVariableIsEmpty("PGCONNECT_TIMEOUT")) {
+        settings.keywords.emplace_back("connect_timeout");
+        settings.values.emplace_back("15");
+    }
     return settings;
 }
 
