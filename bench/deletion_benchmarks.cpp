@@ -18,6 +18,7 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -156,34 +157,27 @@ std::map<std::string, std::string>& deletionOutcomes() {
 void registerDeletionBenchmarks(const Plan& plan) {
     for (int size : plan.deletionSizes) {
         const int iterations = size >= 1000000 ? 3 : 5;
+        const auto timed = [&](const std::string& name,
+                               std::function<void(benchmark::State&)> run) {
+            benchmark::RegisterBenchmark(name.c_str(), std::move(run))
+                ->Arg(size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseManualTime()
+                ->Iterations(iterations);
+        };
         for (bool handOver : {true, false}) {
             const std::string name = handOver ? "deletion_handover" : "deletion_all";
-            benchmark::RegisterBenchmark((name + "/console").c_str(),
-                                         [handOver](benchmark::State& state) {
-                                             deleteThroughEngine(state, handOver, false);
-                                         })
-                ->Arg(size)
-                ->Unit(benchmark::kMillisecond)
-                ->UseManualTime()
-                ->Iterations(iterations);
+            timed(name + "/console", [handOver](benchmark::State& state) {
+                deleteThroughEngine(state, handOver, false);
+            });
             // A million rows copied onto the server would cost more than the run measures.
             if (serverIsThere() && size < 1000000) {
-                benchmark::RegisterBenchmark((name + "/server").c_str(),
-                                             [handOver](benchmark::State& state) {
-                                                 deleteThroughEngine(state, handOver, true);
-                                             })
-                    ->Arg(size)
-                    ->Unit(benchmark::kMillisecond)
-                    ->UseManualTime()
-                    ->Iterations(iterations);
+                timed(name + "/server", [handOver](benchmark::State& state) {
+                    deleteThroughEngine(state, handOver, true);
+                });
             }
-            benchmark::RegisterBenchmark(
-                (name + "/raw").c_str(),
-                [handOver](benchmark::State& state) { deleteRaw(state, handOver); })
-                ->Arg(size)
-                ->Unit(benchmark::kMillisecond)
-                ->UseManualTime()
-                ->Iterations(iterations);
+            timed(name + "/raw",
+                  [handOver](benchmark::State& state) { deleteRaw(state, handOver); });
         }
     }
 }
