@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 
 namespace installer {
@@ -311,6 +312,17 @@ private:
 
 namespace {
 
+rlim_t mappedBytes() {
+    unsigned long long pages = 0;
+    if (FILE* statm = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(statm, "%llu", &pages) != 1) {
+            pages = 0;
+        }
+        std::fclose(statm);
+    }
+    return rlim_t(pages) * rlim_t(sysconf(_SC_PAGESIZE));
+}
+
 // Reads the whole file once in a child process, which gives a sign every so many rows, and
 // puts what went wrong into words: a failure the reader reports, a crash, or no progress.
 void readThroughApart(const QString& path) {
@@ -318,6 +330,8 @@ void readThroughApart(const QString& path) {
     if (pipe(channel) != 0) {
         throw InstallError("cannot start reading " + path + ": " + strerror(errno));
     }
+    // On top of what the process has mapped already, which a sanitizer's shadow makes huge.
+    const rlim_t limit = mappedBytes() + kReaderMemory;
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
@@ -328,7 +342,7 @@ void readThroughApart(const QString& path) {
         if (getppid() != parent) {
             _exit(1);
         }
-        const rlimit memory{kReaderMemory, kReaderMemory};
+        const rlimit memory{limit, limit};
         setrlimit(RLIMIT_AS, &memory);
         // The parent tells what went wrong; libmdb's own complaints would only confuse.
         const int quiet = open("/dev/null", O_WRONLY);
