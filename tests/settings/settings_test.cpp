@@ -25,18 +25,14 @@ TEST_F(SettingsFileTest, TheSystemDirectoryIsSharedAndMade) {
     EXPECT_FALSE(gSystemDir.isEmpty());
     EXPECT_TRUE(QDir(gSystemDir).exists());
     EXPECT_EQ(GetSystemDir(), gSystemDir);
-    EXPECT_EQ(TrimAtNull(QString("abc") + QChar(0) + "def"), "abc");
-    EXPECT_EQ(TrimAtNull("abc"), "abc");
-    EXPECT_TRUE(ProgramSection().endsWith(QDir::separator()));
-    EXPECT_TRUE(ProgramSection().startsWith(platform::programFolder()));
+    EXPECT_EQ(QStringList({TrimAtNull(QString("abc") + QChar(0) + "def"), TrimAtNull("abc")}),
+              QStringList({"abc", "abc"}));
+    EXPECT_EQ(ProgramSection(), platform::programFolder() + QDir::separator());
 }
 
 TEST_F(SettingsFileTest, AValueIsCutAt127Characters) {
-    const QString section = ProgramSection();
     const QString path127 = "/data/" + QString(121, 'p');
-    WriteIni("Database", section, path127);
-    EXPECT_EQ(ReadIni("Database"), path127);
-    WriteIni("Database", section, path127 + "q");
+    WriteIni("Database", ProgramSection(), path127 + "q");
     EXPECT_EQ(ReadIni("Database"), path127);
 }
 
@@ -48,7 +44,6 @@ TEST_F(SettingsFileTest, MissingOrEmptyGivesTheDefault) {
     EXPECT_EQ(ReadIni("lg", ProgramSection(), "fallback"), "42");
     // A settings file given by its path.
     const QString temp = path("temp.tmp");
-    EXPECT_EQ(ReadIni("Logon", "Temp", "FirstOn", temp), "FirstOn");
     ASSERT_TRUE(
         platform::WritePrivateProfileString("Temp", QString("Logon"), QString("boss"), temp));
     EXPECT_EQ(ReadIni("logon", "TEMP", "", temp), "boss");
@@ -61,8 +56,7 @@ TEST_F(SettingsFileTest, EachProgramFolderHasASectionOfItsOwn) {
     WriteIni("Database", " " + second + " ", "/two.mdb");
     EXPECT_EQ(ReadIni("Database", first), "/one.mdb");
     EXPECT_EQ(ReadIni("Database", second), "/two.mdb");
-    EXPECT_EQ(ReadIni("Database", "/opt/third/"), "");
-    QFile file(platform::joinPath(gSystemDir, "tarnell.ini"));
+    QFile file(platform::joinPath(gSystemDir, "tarnell.ini"));  // the blanks are no part of it
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll().count("[/opt/"), 2);
 }
@@ -87,12 +81,12 @@ TEST_F(OptionsTest, TagsOutOfBoundsAreRefusedWithTheMessage) {
     for (qint16 tag : {0, 26}) {
         SaveOption(tag, "Options", "x", false);
     }
-    ASSERT_EQ(ui.texts().size(), 2u);
-    EXPECT_EQ(ui.texts()[0], "Error in saving options.  Option tag out of bounds.");
+    EXPECT_EQ(ui.texts(),
+              std::vector<QString>(2, "Error in saving options.  Option tag out of bounds."));
     EXPECT_EQ(ui.messages[0].title, "Orvane Administration");
     EXPECT_EQ(count("options"), 0);
-    EXPECT_EQ(rt::CStr(GetOption(26, "Options", "none", false)),
-              "none");  // an empty table asks nothing
+    // An empty table asks for no column.
+    EXPECT_EQ(rt::CStr(GetOption(26, "Options", "none", false)), "none");
     SaveOption(1, "Options", "x", false);
     EXPECT_THROW(GetOption(26, "Options", "", false), rt::Error);  // no column value26
 }
