@@ -154,7 +154,6 @@ TEST(FormatDates, CodesOnOneMoment) {
         {"1/5/2000", "yyyy mmm", "2000 Jan"},           // text is read as a date
         {"not a date", "yyyy", "not a date"},           // text that is no date stays as it is
         {Variant::date(36530.25), "0.00", "36530.25"},  // a date is its serial for numbers
-        {Variant::null(), "yyyy", ""},
         {Variant(), "0", ""},
     });
     EXPECT_EQ(errorOf([] { rt::Format(Variant::date(3e6), "yyyy"); }), rt::Overflow);
