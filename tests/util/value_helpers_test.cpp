@@ -25,7 +25,6 @@ TEST(FormatValue, ByFieldType) {
         {0, 1, 2, true, "0.00"},
         {1234.567, 1, 2, false, "1,234.57"},
         {1234.5, 2, 2, false, "$1,234.50"},
-        {0, 43, 2, false, ""},
         {when, 3, 0, false, "1/5/2000"},
         {"not a date", 3, 0, false, ""},
         {when, 4, 0, false, "12:00 PM"},
