@@ -10,6 +10,7 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <QScopeGuard>
 
 #include "fixtures.h"
 
@@ -64,6 +65,7 @@ TEST(DateSerial, CountsFromTheEpochAndRollsOverLikeTheRuntime) {
 
 TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
     rt::pinClock(QDateTime(QDate(2007, 6, 1), QTime(9, 0)));  // a missing year is this one
+    const auto unpin = qScopeGuard([] { rt::pinClock(std::nullopt); });
     const std::pair<const char*, double> cases[] = {
         {"1 2 29", 47120},
         {"1 2 30", 10960},
@@ -85,7 +87,6 @@ TEST(DateText, IsReadUnderTheLocaleInAnyDigits) {
         ASSERT_TRUE(rt::IsDate(text)) << written;
         EXPECT_DOUBLE_EQ(rt::CDate(text), serial) << written;
     }
-    rt::pinClock(std::nullopt);
     for (const char* text :
          {"True", "0", "24:00", "0:60", "32 49", "1.2.3.4", "2/30/2000", "", "abc", "1/2/3/4"}) {
         EXPECT_FALSE(rt::IsDate(text)) << text;
@@ -99,7 +100,8 @@ TEST(DateText, NegativeSerialsRoundToTheSecondForward) {
     const std::tuple<double, QDateTime, const char*> cases[] = {
         {-1.9999999, {QDate(1899, 12, 30), QTime(0, 0)}, "12:00:00 AM"},
         {-2.9999999, {QDate(1899, 12, 29), QTime(0, 0)}, "12/29/1899"},
-        {-657434.9999999, {QDate(100, 1, 2), QTime(0, 0)}, "1/2/0100"},  // the first day's last
+        // The first day of the calendar takes its last instant.
+        {-657434.9999999, {QDate(100, 1, 2), QTime(0, 0)}, "1/2/0100"},
     };
     for (const auto& [serial, moment, text] : cases) {
         EXPECT_EQ(momentOf(serial), moment) << serial;
