@@ -63,8 +63,7 @@ protected:
     QStringList rows() const {
         QStringList result;
         for (int r = 0; r < lstUDF->rowCount(); ++r) {
-            result << QStringList{lstUDF->cell(r, 0), lstUDF->cell(r, 1), lstUDF->cell(r, 2)}.join(
-                '|');
+            result << lstUDF->cell(r, 0) + '|' + lstUDF->cell(r, 1) + '|' + lstUDF->cell(r, 2);
         }
         return result;
     }
@@ -78,8 +77,8 @@ protected:
         return 0;
     }
     void clickRow(const QString& col) {
-        const QRect cell = lstUDF->rowRect(rowOf(col));
-        QTest::mouseClick(lstUDF->viewport(), Qt::LeftButton, {}, cell.center());
+        QTest::mouseClick(lstUDF->viewport(), Qt::LeftButton, {},
+                          lstUDF->rowRect(rowOf(col)).center());
     }
     // On the button's circle, which is inside its click area whatever its width.
     void clickClass(int nIndex) {
