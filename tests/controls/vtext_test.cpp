@@ -33,12 +33,6 @@ std::unique_ptr<vText> fieldOf(qint16 type, const QString& shown = QString()) {
     return field;
 }
 
-QString checked(vText& field, const QString& typed) {
-    field.txtField->setText(typed);
-    field.Check();
-    return field.txtField->text();
-}
-
 class VTextTest : public testing_support::SeamTest {
 protected:
     // The shorthand reads "today" from the clock, pinned here to a day of a 30-day month.
@@ -55,30 +49,47 @@ protected:
 
 // Both limits 0 let any number pass, and currency keeps two decimals at 0. June has 30 days, and a
 // number of days beyond an Integer makes the check give up silently. A "*" allows wildcards.
-TEST_F(VTextTest, LeavingTheFieldPutsTheTextInItsTypesForm) {
-    const std::tuple<qint16, QString, QString> cases[] = {
+TEST_F(VTextTest, LeavingTheFieldPutsTheTextInItsTypesFormAndTextReadsItsValue) {
+    const Variant zero = qint16(0), null = Variant::null();
+    const struct {
+        qint16 type;
+        QString typed;
+        QString shown;
+        Variant read;  // what `text` gives before the check, unless empty
+    } cases[] = {
         {1, "-12345.6", "-12,346"},
+        {1, "abc", "", zero},
         {2, "5", "$5.00"},
+        {2, "$1,234.50", "$1,234.50", "1234.5"},
         {54, "1.2.2003", "1/2/2003"},
+        {3, "1/5/2000", "1/5/2000", Variant::date(36530)},
         {3, "-7", "6/8/2026"},
         {3, "+0", "6/15/2026"},
         {3, "+40000", "+40000"},
         {3, "5", "6/5/2026"},
-        {3, "31", ""},
+        {3, "junk", "", null},
         {3, "1231", "12/31/2026"},
         {3, "1332", ""},
         {3, "123", ""},
-        {3, "1/*/2003", "1/*/2003"},
+        {3, "1/*/2003", "1/*/2003", "1/*/2003"},
         {3, "x*", ""},
-        {4, "13:05", "01:05 PM"},
+        {4, "13:05", "01:05 PM", Variant::date(rt::TimeSerial(13, 5, 0))},
+        {3, "31", ""},
         {4, "1*:00", "1*:00"},
         {7, "no", "No"},
         {7, "yes", "yes"},
+        {0, " plain ", " plain ", "plain"},
     };
-    for (const auto& [type, typed, shown] : cases) {
-        auto field = fieldOf(type);
-        field->setAllowWildCards(typed.contains('*'));
-        EXPECT_EQ(checked(*field, typed), shown) << type << " " << typed.toStdString();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.type << " " << c.typed.toStdString());
+        auto field = fieldOf(c.type);
+        field->setAllowWildCards(c.typed.contains('*'));
+        field->txtField->setText(c.typed);
+        if (!c.read.isEmpty()) {
+            EXPECT_EQ(field->text(), c.read);
+        }
+        field->Check();
+        EXPECT_EQ(field->txtField->text(), c.shown);
     }
     EXPECT_TRUE(ui.messages.empty());
 }
@@ -90,30 +101,14 @@ TEST_F(VTextTest, ANumberOutsideTheLimitsFallsBackToTheLastGoodOne) {
     field->setNumberDecimals(2);
     QStringList shown;
     for (const char* typed : {"11", "2.5", "12", "-1", "10", "0"}) {
-        shown << checked(*field, typed);
+        field->txtField->setText(typed);
+        field->Check();
+        shown << field->txtField->text();
     }
     EXPECT_EQ(shown, QStringList({"0", "2.50", "2.5", "2.5", "10.00", "0.00"}));
     EXPECT_EQ(ui.texts(), std::vector<QString>(3, "Number must be between 0 and 10."));
     EXPECT_EQ(ui.messages[0].title, "Notice");
     EXPECT_EQ(ui.messages[0].icon, platform::Msg::Exclamation);
-}
-
-TEST_F(VTextTest, TextReadsAValueOfTheFieldsType) {
-    const Variant zero = qint16(0), null = Variant::null();
-    const std::tuple<qint16, QString, Variant> cases[] = {
-        {1, "abc", zero},
-        {2, "$1,234.50", "1234.5"},
-        {3, "junk", null},
-        {3, "1/5/2000", Variant::date(36530)},
-        {54, "1/*/2000", "1/*/2000"},
-        {4, "1:00 PM", Variant::date(rt::TimeSerial(13, 0, 0))},
-        {0, " plain ", "plain"},
-    };
-    for (const auto& [type, shown, read] : cases) {
-        auto field = fieldOf(type, shown);
-        field->setAllowWildCards(shown.contains('*'));
-        EXPECT_EQ(field->text(), read) << type << " " << shown.toStdString();
-    }
 }
 
 TEST_F(VTextTest, WritingTextOrTheTypeChecksAtOnceAndEachChangeIsReported) {
