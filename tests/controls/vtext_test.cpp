@@ -165,6 +165,7 @@ TEST_F(VTextTest, StoredPropertiesKeepOnlyWhatDiffersFromTheDefaults) {
     loaded.ReadProperties(PropertyBag::fromVariantMap(bag.toVariantMap()));
     loaded.WriteProperties(again);
     EXPECT_EQ(again.toVariantMap(), bag.toVariantMap());
+    EXPECT_EQ(std::pair(loaded.LowLimit(), loaded.HighLimit()), std::pair(-2.0, double(0.1f)));
 
     // A stored form's Enabled goes to the text box alone.
     disabled.WriteProperty("Enabled", false, true);
