@@ -116,10 +116,10 @@ TEST_F(DateDialogTest, OpensOnTheFieldsDateOrTodayAndCancelKeepsTheText) {
 TEST_F(DateDialogTest, GoToAndEnterCountFromTodayByUnitAndBoxes) {
     for (const char* count : {"10", ""}) {  // an empty number is 0
         for (qint16 unit = 0; unit <= 3; ++unit) {
-            for (const int boxes :
-                 {1, 2}) {  // each box alone, so that neither stands for the other
-                const bool weekend = boxes & 1, weekday = boxes & 2;
-                SCOPED_TRACE(testing::Message() << count << " " << unit << " " << boxes);
+            // Each box alone, so that neither stands for the other.
+            for (const bool weekend : {true, false}) {
+                const bool weekday = !weekend;
+                SCOPED_TRACE(testing::Message() << count << " " << unit << " " << weekend);
                 const Variant expected = fromToday(unit, rt::Val(count), weekend, weekday);
                 auto dialog = open(true);
                 EXPECT_TRUE(run(*dialog, [&](frmDate& d) {
