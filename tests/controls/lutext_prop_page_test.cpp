@@ -23,8 +23,8 @@ QList<int> propertiesOf(const QObject& control) {
 
 TEST(LookupPropertyPage, ReadsAndWritesTheFirstSelectedControlOnly) {
     QObject first, second, plain;
-    for (int i = 0; i < 4; ++i) {
-        first.setProperty(kProperties[i], QList<int>{5, 1, 0, 1}[i]);
+    for (int i = 0; i < 4; ++i) {  // 2 is a greyed box
+        first.setProperty(kProperties[i], QList<int>{5, 1, 2, 1}[i]);
         second.setProperty(kProperties[i], QList<int>{2, 0, 1, 0}[i]);
     }
     LUTextPropPage page;
@@ -32,11 +32,11 @@ TEST(LookupPropertyPage, ReadsAndWritesTheFirstSelectedControlOnly) {
     page.SelectionChanged();
     EXPECT_EQ(page.cmbTextType->currentText(), "6 - Employees");
     EXPECT_TRUE(page.chkIncludeAll->isChecked() && page.chkSchedule->isChecked());
-    EXPECT_FALSE(page.chkNone->isChecked() || page.Changed());
+    EXPECT_FALSE(page.chkNone->checkState() != Qt::PartiallyChecked || page.Changed());
     page.cmbTextType->setCurrentIndex(0);
     page.chkSchedule->click();
     page.ApplyChanges();
-    EXPECT_EQ(propertiesOf(first), QList<int>({0, 1, 0, 0}));
+    EXPECT_EQ(propertiesOf(first), QList<int>({0, 1, 2, 0}));
     EXPECT_EQ(propertiesOf(second), QList<int>({2, 0, 1, 0}));
 
     page.SelectedControls = {&plain};
@@ -54,8 +54,8 @@ TEST(LookupPropertyPage, AllAndNoneExcludeEachOtherAndEveryClickMarksTheChange) 
                                                         {page.chkSchedule, true, false}};
     for (const auto& [clicked, all, none] : steps) {
         clicked->click();
-        EXPECT_EQ(page.chkIncludeAll->isChecked(), all);
-        EXPECT_EQ(page.chkNone->isChecked(), none);
+        EXPECT_EQ(std::pair(page.chkIncludeAll->isChecked(), page.chkNone->isChecked()),
+                  std::pair(all, none));
     }
     EXPECT_EQ(changed.count(), 4);
     EXPECT_TRUE(page.Changed());

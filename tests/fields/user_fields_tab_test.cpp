@@ -63,8 +63,7 @@ protected:
     QStringList rows() const {
         QStringList result;
         for (int r = 0; r < lstUDF->rowCount(); ++r) {
-            result << QStringList{lstUDF->cell(r, 0), lstUDF->cell(r, 1), lstUDF->cell(r, 2)}.join(
-                '|');
+            result << lstUDF->cell(r, 0) + '|' + lstUDF->cell(r, 1) + '|' + lstUDF->cell(r, 2);
         }
         return result;
     }
@@ -78,8 +77,8 @@ protected:
         return 0;
     }
     void clickRow(const QString& col) {
-        const QRect cell = lstUDF->rowRect(rowOf(col));
-        QTest::mouseClick(lstUDF->viewport(), Qt::LeftButton, {}, cell.center());
+        QTest::mouseClick(lstUDF->viewport(), Qt::LeftButton, {},
+                          lstUDF->rowRect(rowOf(col)).center());
     }
     // On the button's circle, which is inside its click area whatever its width.
     void clickClass(int nIndex) {
@@ -104,129 +103,85 @@ protected:
     std::optional<UserFieldsTab> tab;
 };
 
-struct Kind {
-    int index;
-    const char* name;
-    const char* parent;
-    const char* firstField;  // the installer's description of its udf1
-};
-
-void PrintTo(const Kind& kind, std::ostream* out) {
-    *out << kind.parent;
-}
-
-class KindListingTest : public UserFieldsTabTest, public ::testing::WithParamInterface<Kind> {};
-
-TEST_P(KindListingTest, ListsTheDefinitionRowsOfItsTableWithTheirClasses) {
-    const Kind kind = GetParam();
+TEST_F(UserFieldsTabTest, EachKindListsTheDefinitionRowsOfItsTableWithTheirClasses) {
     for (const char* parent : {"clntudf", "clntudf2", "listudf", "projudf", "acctudf"}) {
         setClass(parent, "udf2", 1, "Second");
         setClass(parent, "udf3", 2, "Hobby");
-        setClass(parent, "udf4", 3, "Odd");
+        setClass(parent, "udf4", 3, "Odd");  // an unknown class is shown as B
         addPersonalRow(parent, "udf3", 1);
     }
-
+    // Each kind's name, then the installer's description of its udf1.
+    const std::pair<QString, QString> kinds[] = {{"Personal Contact User Fields", "Birthday"},
+                                                 {"Wealth Contact User Fields", "Risk Tolerance"},
+                                                 {"List User Fields", "Campaign"},
+                                                 {"Engagement User Fields", "Due Date"},
+                                                 {"Account User Fields", "Account Type"}};
     tab->FillKinds();
-    cmbUDF->setCurrentIndex(kind.index);
-
-    EXPECT_EQ(cmbUDF->count(), 5);
-    EXPECT_EQ(cmbUDF->currentText(), kind.name);
-    ASSERT_EQ(lstUDF->rowCount(), 10) << "the users' own rows are not listed";
-    EXPECT_EQ(rows().mid(0, 5), (QStringList{QStringLiteral("udf1|%1|A").arg(kind.firstField),
-                                             "udf2|Second|B", "udf3||C", "udf4|Odd|B", "udf5||A"}));
-    const int shown[] = {0, 1, 2, 1, 0};
-    for (int r = 0; r < 5; ++r) {
-        EXPECT_EQ(lstUDF->tag(r).toString(), QStringLiteral("udf%1").arg(r + 1));
-        EXPECT_EQ(tab->shownClass(r), shown[r]) << "row " << r;
+    ASSERT_EQ(cmbUDF->count(), 5);
+    for (int i = 0; i < 5; ++i) {
+        cmbUDF->setCurrentIndex(i);
+        EXPECT_EQ(cmbUDF->currentText(), kinds[i].first);
+        ASSERT_EQ(lstUDF->rowCount(), 10) << "the users' own rows are not listed";
+        EXPECT_EQ(rows().mid(0, 5), QStringList({"udf1|" + kinds[i].second + "|A", "udf2|Second|B",
+                                                 "udf3||C", "udf4|Odd|B", "udf5||A"}));
+        EXPECT_EQ(lstUDF->selectedRow(), 0);
     }
-    EXPECT_EQ(lstUDF->selectedRow(), 0);
     EXPECT_EQ(checkedClass(), 0);
-    clickRow("udf3");
-    EXPECT_EQ(checkedClass(), 2);
-    clickRow("udf4");
-    EXPECT_EQ(checkedClass(), 1) << "an unknown class is shown as B";
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_FALSE(ui.busy);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryKind, KindListingTest,
-    ::testing::Values(Kind{0, "Personal Contact User Fields", "clntudf", "Birthday"},
-                      Kind{1, "Wealth Contact User Fields", "clntudf2", "Risk Tolerance"},
-                      Kind{2, "List User Fields", "listudf", "Campaign"},
-                      Kind{3, "Engagement User Fields", "projudf", "Due Date"},
-                      Kind{4, "Account User Fields", "acctudf", "Account Type"}),
-    [](const auto& info) { return std::string(info.param.parent); });
-
-struct Move {
-    const char* name;
-    int from;
-    int to;
-    std::optional<int> answer;  // to the question, when one is asked
-    int stored;                 // the class in udfs afterwards
-    const char* letter;         // in the list afterwards
-    bool personalRowsKept;
-};
-
-void PrintTo(const Move& move, std::ostream* out) {
-    *out << move.name;
-}
-
-class ClassMoveTest : public UserFieldsTabTest, public ::testing::WithParamInterface<Move> {};
-
-TEST_P(ClassMoveTest, WritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
-    const Move move = GetParam();
-    setClass("clntudf", "udf3", move.from, "Hobby");
-    addPersonalRow("clntudf", "udf3", 5);
-    addPersonalRow("clntudf", "udf3", 6);
-    // The same column of another kind and another column of this kind keep their rows.
-    addPersonalRow("clntudf2", "udf3", 5);
-    addPersonalRow("clntudf", "udf5", 5);
+// Sorted, the rows no longer stand in the cursor's order: the field is found by its column. A
+// refused move leaves the button on the class clicked until the row is selected again.
+TEST_F(UserFieldsTabTest, AMoveWritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
+    const QString question =
+        "If you change a user field from C to A or B all information for that user field will be "
+        "cleared.  Do you wish to continue?";
+    // From, to, and the answer to the question when one is asked, then the class stored.
+    const std::tuple<int, int, std::optional<int>, int> moves[] = {
+        {0, 1, std::nullopt, 1}, {1, 0, std::nullopt, 0}, {0, 2, std::nullopt, 2}, {2, 0, No, 2},
+        {2, 1, No, 2},           {2, 0, Yes, 0},          {2, 1, Yes, 1}};
     tab->FillKinds();
-    // Sorted, the rows no longer stand in the cursor's order: the field is found by its column.
     lstUDF->sortByColumn(0, 1);
-    clickRow("udf3");
-    ASSERT_EQ(checkedClass(), move.from);
-    if (move.answer) {
-        ui.answers.push_back(*move.answer);
+    for (const auto& [from, to, answer, stored] : moves) {
+        SCOPED_TRACE(testing::Message() << from << " to " << to);
+        execute("DELETE FROM udfs WHERE userid <> 0");
+        setClass("clntudf", "udf3", from, "Hobby");
+        // The same column of another kind and another column of this kind keep their rows.
+        for (const auto& [parent, col, user] : {std::tuple("clntudf", "udf3", 5),
+                                                {"clntudf", "udf3", 6},
+                                                {"clntudf2", "udf3", 5},
+                                                {"clntudf", "udf5", 5}}) {
+            addPersonalRow(parent, col, user);
+        }
+        cmbUDF->setCurrentIndex(1);
+        cmbUDF->setCurrentIndex(0);
+        clickRow("udf3");
+        ASSERT_EQ(checkedClass(), from);
+        ui.messages.clear();
+        if (answer) {
+            ui.answers.push_back(*answer);
+        }
+
+        clickClass(to);
+
+        EXPECT_TRUE(answer ? testing_support::saidOnly(
+                                 ui, question, platform::Msg::YesNo | platform::Msg::DefaultButton2)
+                           : testing::AssertionResult(ui.messages.empty()));
+        const bool cleared = answer == Yes;
+        EXPECT_EQ(storedClass("clntudf", "udf3"), stored);
+        EXPECT_EQ(count("udfs", "userid <> 0 AND Parent = 'clntudf' AND Col = 'udf3'"),
+                  cleared ? 0 : 2);
+        EXPECT_EQ(count("udfs", "userid <> 0"), cleared ? 2 : 4);
+        EXPECT_EQ(count("udfs", "userid = 0 AND Class <> 0"), stored == 0 ? 0 : 1)
+            << "no other field moved";
+        EXPECT_EQ(lstUDF->cell(rowOf("udf3"), 2), QString("ABC")[stored]);
+        EXPECT_EQ(tab->shownClass(rowOf("udf3")), stored);
+        EXPECT_EQ(checkedClass(), to);
+        clickRow("udf3");
+        EXPECT_EQ(checkedClass(), stored) << "selecting the row again shows its class";
     }
-
-    clickClass(move.to);
-
-    if (move.answer) {
-        EXPECT_TRUE(testing_support::saidOnly(
-            ui,
-            "If you change a user field from C to A or B all information for that user field "
-            "will be cleared.  Do you wish to continue?",
-            platform::Msg::YesNo | platform::Msg::DefaultButton2));
-    } else {
-        EXPECT_TRUE(ui.messages.empty());
-    }
-    EXPECT_EQ(storedClass("clntudf", "udf3"), move.stored);
-    EXPECT_EQ(count("udfs", "userid <> 0 AND Parent = 'clntudf' AND Col = 'udf3'"),
-              move.personalRowsKept ? 2 : 0);
-    EXPECT_EQ(count("udfs", "userid <> 0"), move.personalRowsKept ? 4 : 2);
-    EXPECT_EQ(count("udfs", "userid = 0 AND Parent = 'clntudf' AND Col = 'udf3'"), 1);
-    EXPECT_EQ(count("udfs", "userid = 0 AND Class <> 0"), move.stored == 0 ? 0 : 1)
-        << "no other field moved";
-    const int row = rowOf("udf3");
-    EXPECT_EQ(lstUDF->cell(row, 2), move.letter);
-    EXPECT_EQ(tab->shownClass(row), move.stored);
-    EXPECT_EQ(checkedClass(), move.to) << "the button stays on the class clicked";
-
-    clickRow("udf3");
-    EXPECT_EQ(checkedClass(), move.stored) << "selecting the row again shows its class";
 }
-
-INSTANTIATE_TEST_SUITE_P(EveryMove, ClassMoveTest,
-                         ::testing::Values(Move{"AToB", 0, 1, std::nullopt, 1, "B", true},
-                                           Move{"BToA", 1, 0, std::nullopt, 0, "A", true},
-                                           Move{"AToC", 0, 2, std::nullopt, 2, "C", true},
-                                           Move{"CToARefused", 2, 0, No, 2, "C", true},
-                                           Move{"CToBRefused", 2, 1, No, 2, "C", true},
-                                           Move{"CToAAgreed", 2, 0, Yes, 0, "A", false},
-                                           Move{"CToBAgreed", 2, 1, Yes, 1, "B", false}),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(UserFieldsTabTest, AKindWithoutDefinitionsIsToldAndTheOtherKindsStillWork) {
     execute("DELETE FROM udfs WHERE Parent = 'listudf'");
