@@ -23,10 +23,13 @@ const QString kUserAndCompany =
     "SELECT Name, Logon, Password, CompanyName, companyphone, Address FROM users, sysinfo";
 
 // An installation in a program folder of the test's own, logged on to through the logon window.
-class FirstRunTest : public testing_support::SeamTest {
+class FirstRunFixture : public testing_support::SeamTest {
 protected:
     void SetUp() override {
         SeamTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
         processFolder = platform::programFolder();
         gSystemDir = GetSystemDir();
     }
@@ -40,9 +43,13 @@ protected:
     // path of its database.
     QString install(const installer::FirstRunDetails& details) {
         const QString folder = path("install" + QString::number(++installs));
-        installer::installProgramFolder(folder, details);
+        const QString database =
+            backend == testing_support::Backend::Sqlite
+                ? platform::joinPath(folder, installer::kDatabaseFile)
+                : testing_support::newDatabaseLocation(backend, this->folder, "firstrun");
+        installer::installProgramFolder(folder, details, database);
         platform::setProgramFolder(folder);
-        return programFile(installer::kDatabaseFile);
+        return database;
     }
     QString programFile(const QString& name) const {
         return platform::joinPath(platform::programFolder(), name);
@@ -87,10 +94,14 @@ protected:
     int installs = 0;
 };
 
+class FirstRunTest : public testing_support::OnEveryBackend<FirstRunFixture> {};
+
+ORVANE_ON_EVERY_BACKEND(FirstRunTest);
+
 const installer::FirstRunDetails kDetails = {"Pat Boss", "boss",      "secret",  "Boss & Sons",
                                              "555-0199", "1 Main St", "Floor 2", ""};
 
-TEST_F(FirstRunTest, TheFirstLogonSetsUpTheInstallation) {
+TEST_P(FirstRunTest, TheFirstLogonSetsUpTheInstallation) {
     const QString database = install(kDetails);
     const QString reportsFile = programFile(installer::kReportsDatabaseFile);
     const QStringList movedStarts = reminderStarts(database, daysSinceSampleDay());
@@ -127,7 +138,7 @@ TEST_F(FirstRunTest, TheFirstLogonSetsUpTheInstallation) {
 }
 
 // Address lines are joined only for keys that hold text; missing keys give their defaults.
-TEST_F(FirstRunTest, TheDetailsAsStored) {
+TEST_P(FirstRunTest, TheDetailsAsStored) {
     const std::pair<installer::FirstRunDetails, const char*> cases[] = {
         {{"Pat Boss", "boss", "", "Boss & Sons", "555-0199", "1 Main St", "Floor 2", "Suite 4"},
          "Pat Boss|boss||Boss & Sons|555-0199|1 Main St\nFloor 2\nSuite 4"},
@@ -145,11 +156,11 @@ TEST_F(FirstRunTest, TheDetailsAsStored) {
     }
 }
 
-TEST_F(FirstRunTest, AnotherDatabaseOpenedOnTheInstallationOnlyTakesTheFileAway) {
+TEST_P(FirstRunTest, AnotherDatabaseOpenedOnTheInstallationOnlyTakesTheFileAway) {
     install(kDetails);
     const QString other = newDatabase("other.mdb");
-    testing_support::runOnFile(other,
-                               "UPDATE users SET Name = 'Ann Other', Logon = 'ann' WHERE id = 1");
+    engine::openDatabase(other)->execute(
+        "UPDATE users SET Name = 'Ann Other', Logon = 'ann' WHERE id = 1");
     const QStringList before = everything(other);
 
     ASSERT_TRUE(logOn(other, "ann", ""));
@@ -160,7 +171,7 @@ TEST_F(FirstRunTest, AnotherDatabaseOpenedOnTheInstallationOnlyTakesTheFileAway)
               QStringList({"0"}));
 }
 
-TEST_F(FirstRunTest, AFailedFirstRunKeepsWhatItDidAndIsNotRepeated) {
+TEST_P(FirstRunTest, AFailedFirstRunKeepsWhatItDidAndIsNotRepeated) {
     const QString database = install(kDetails);
     const QStringList movedStarts = reminderStarts(database, daysSinceSampleDay());
     const QString reportsFile = programFile(installer::kReportsDatabaseFile);
@@ -182,7 +193,7 @@ TEST_F(FirstRunTest, AFailedFirstRunKeepsWhatItDidAndIsNotRepeated) {
     EXPECT_FALSE(firstRunPending());
 }
 
-TEST_F(FirstRunTest, MoreDaysSinceTheSampleDataThanAnIntegerHoldsFailAfterTheFirstUser) {
+TEST_P(FirstRunTest, MoreDaysSinceTheSampleDataThanAnIntegerHoldsFailAfterTheFirstUser) {
     const QString database = install(kDetails);
     const QStringList starts = reminderStarts(database);
     rt::pinClock(QDateTime(QDate(2000, 8, 28).addDays(32768), QTime(9, 0)));
@@ -196,7 +207,7 @@ TEST_F(FirstRunTest, MoreDaysSinceTheSampleDataThanAnIntegerHoldsFailAfterTheFir
     EXPECT_TRUE(firstRunPending());
 }
 
-TEST_F(FirstRunTest, AFileWithAnEmptyLogonDoesNothingAndStays) {
+TEST_P(FirstRunTest, AFileWithAnEmptyLogonDoesNothingAndStays) {
     const QString database = install(kDetails);
     ASSERT_TRUE(platform::WritePrivateProfileString("Temp", QStringLiteral("Logon"), QString(),
                                                     programFile(installer::kFirstRunFile)));
