@@ -1,6 +1,5 @@
 #include "fixtures.h"
 
-#include "data/dbase.h"
 #include "data/session.h"
 #include "installation.h"
 #include "logon/command_line.h"
@@ -34,10 +33,8 @@ namespace {
 std::string boxText(const QString& text, int buttons, int icon, int defaultButton,
                     const QString& title) {
     return QStringLiteral("\"%1\" (title \"%2\", buttons %3, icon %4, default button %5)")
-        .arg(text, title)
-        .arg(buttons)
-        .arg(icon)
-        .arg(defaultButton)
+        .arg(text, title, QString::number(buttons), QString::number(icon),
+             QString::number(defaultButton))
         .toStdString();
 }
 
@@ -71,10 +68,6 @@ void SeamTest::TearDown() {
     platform::setUi(nullptr);
 }
 
-QString SeamTest::path(const QString& name) const {
-    return folder.filePath(name);
-}
-
 QString SeamTest::newDatabase(const QString& name) {
     const QString location = newDatabaseLocation(backend, folder, name.section('.', 0, 0));
     installer::createDatabase(location);
@@ -102,10 +95,6 @@ void DemoTest::TearDown() {
     engine::setLockWait(3000);
     SetCommandLine(QString());
     SeamTest::TearDown();
-}
-
-QString DemoTest::demoDatabase() const {
-    return demoLocation_;
 }
 
 void SessionTest::SetUp() {
@@ -211,22 +200,14 @@ void endSession() {
     gWatchdogOff = false;
 }
 
-void SessionTest::execute(const QString& sql) {
-    gDBase.Execute(sql);
-}
-
 rt::Variant SessionTest::scalar(const QString& sql) {
-    auto rs = gDBase.OpenRecordset(sql);
+    auto rs = open(sql);
     return rs->Eof() ? rt::Variant::null() : rs->ColsWithNull(0);
 }
 
 qint32 SessionTest::count(const QString& table, const QString& where) {
     return rt::CLng(scalar("SELECT count(*) FROM " + table +
                            (where.isEmpty() ? QString() : " WHERE " + where)));
-}
-
-std::unique_ptr<RecSet> SessionTest::open(const QString& sql) {
-    return gDBase.OpenRecordset(sql);
 }
 
 qint32 addEntry(const QString& name, qint16 type, const QString& logon, const QString& password,
