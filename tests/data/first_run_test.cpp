@@ -42,13 +42,10 @@ protected:
     // A program folder as the installer lays it out, which the process now runs from; gives the
     // path of its database.
     QString install(const installer::FirstRunDetails& details) {
-        const QString folder = path("install" + QString::number(++installs));
-        const QString database =
-            backend == testing_support::Backend::Sqlite
-                ? platform::joinPath(folder, installer::kDatabaseFile)
-                : testing_support::newDatabaseLocation(backend, this->folder, "firstrun");
-        installer::installProgramFolder(folder, details, database);
-        platform::setProgramFolder(folder);
+        const QString name = "install" + QString::number(++installs);
+        const QString database = testing_support::newDatabaseLocation(backend, folder, name);
+        installer::installProgramFolder(path(name), details, database);
+        platform::setProgramFolder(path(name));
         return database;
     }
     QString programFile(const QString& name) const {

@@ -189,23 +189,26 @@ TEST_P(ValidateLogonTest, TheSessionBranchRegistersTheLogonInRts) {
     EXPECT_EQ(sessions(), QStringList({"2|0", "4|0"}));
 }
 
+// A blank right behind a switch gives nothing, a path holding one wins, and -c and -d run to the
+// end.
 TEST(CommandSwitches, AreFoundAnywhereInEitherCase) {
     const struct {
-        const char *line, *logon, *password;
+        const char *line, *found;  // -l|-p|-d
     } cases[] = {
-        {"-ladmin -porvane", "admin", "orvane"},
-        {"-LADMIN -Psecret", "ADMIN", "secret"},
-        {"-l john -pjohn", "", "john"},                      // a blank right behind the switch
-        {"/data/my-library.mdb -ladmin", "ibrary.mdb", ""},  // a path holding the switch wins
+        {"-ladmin -porvane", "admin|orvane|"},
+        {"-LADMIN -Psecret", "ADMIN|secret|"},
+        {"-l john -pjohn", "|john|"},
+        {"/data/my-library.mdb -ladmin", "ibrary.mdb||"},
+        {"-ladmin -dC:\\My Data\\suite.mdb", "admin||C:\\My Data\\suite.mdb"},
     };
     for (const auto& c : cases) {
         SetCommandLine(c.line);
-        EXPECT_EQ(GetCommandSwitch("-l") + "|" + GetCommandSwitch("-p"),
-                  QString(c.logon) + "|" + c.password)
+        EXPECT_EQ(
+            QStringList({GetCommandSwitch("-l"), GetCommandSwitch("-p"), GetCommandSwitch("-d")})
+                .join('|'),
+            c.found)
             << c.line;
     }
-    SetCommandLine("-ladmin -dC:\\My Data\\suite.mdb");
-    EXPECT_EQ(GetCommandSwitch("-d"), "C:\\My Data\\suite.mdb");  // -c and -d run to the end
     SetCommandLine(QString());
 }
 

@@ -82,11 +82,11 @@ void DemoTest::SetUp() {
     engine::setLockWait(300);  // a held lock fails a command soon
     gSystemDir = GetSystemDir();
     QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
-    demoLocation_ = backend == Backend::Postgresql
-                        ? newDatabaseLocation(backend, folder, QStringLiteral("demo"))
-                        : platform::joinPath(path("demo"), installer::kDatabaseFile);
+    const bool onServer = backend == Backend::Postgresql;
+    demoLocation_ = onServer ? newDatabaseLocation(backend, folder, QStringLiteral("demo"))
+                             : platform::joinPath(path("demo"), installer::kDatabaseFile);
     installer::createDemo(path("demo"), platform::programFolder(),
-                          backend == Backend::Postgresql ? demoLocation_ : QString());
+                          onServer ? demoLocation_ : QString());
 }
 
 void DemoTest::TearDown() {
@@ -116,8 +116,7 @@ void SessionTest::TearDown() {
 }
 
 OtherProgram::OtherProgram(const QString& path, const char* statements) {
-    int ready[2];
-    int letGo[2];
+    int ready[2], letGo[2];
     if (pipe(ready) != 0 || pipe(letGo) != 0) {
         ADD_FAILURE() << "no pipe to the other program";
         return;
@@ -150,9 +149,8 @@ void OtherProgram::letGo() {
     }
     (void)!write(letGo_, "x", 1);
     close(letGo_);
-    int status = 0;
     pid_t ended = -1;
-    while ((ended = waitpid(child_, &status, 0)) < 0 && errno == EINTR) {
+    while ((ended = waitpid(child_, nullptr, 0)) < 0 && errno == EINTR) {
     }
     EXPECT_EQ(ended, child_) << strerror(errno);
     child_ = -1;
@@ -174,8 +172,7 @@ QStringList rowsOf(engine::Database& db, const QString& sql) {
     for (auto rs = db.openRecordset(sql); !rs->eof(); rs->moveNext()) {
         QStringList values;
         for (int f = 0; f < rs->fieldCount(); ++f) {
-            const rt::Variant value = rs->fieldValue(f);
-            values << (value.isNull() ? QStringLiteral("Null") : rt::CStr(value));
+            values << (rs->fieldValue(f).isNull() ? "Null" : rt::CStr(rs->fieldValue(f)));
         }
         rows << values.join('|');
     }
