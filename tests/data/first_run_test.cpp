@@ -39,8 +39,8 @@ protected:
         SeamTest::TearDown();
     }
 
-    // A program folder as the installer lays it out, which the process now runs from; gives the
-    // path of its database.
+    // A program folder as the installer lays it out, which the process now runs from, with its
+    // database where the backend makes one; gives the database's location.
     QString install(const installer::FirstRunDetails& details) {
         const QString name = "install" + QString::number(++installs);
         const QString database = testing_support::newDatabaseLocation(backend, folder, name);
