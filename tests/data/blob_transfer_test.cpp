@@ -6,7 +6,6 @@
 #include <QFile>
 
 using rt::Variant;
-using testing_support::SessionTest;
 
 namespace {
 
@@ -21,7 +20,7 @@ QByteArray sample(qint32 size) {
     return bytes;
 }
 
-class BlobTransferTest : public SessionTest {
+class BlobTransferTest : public testing_support::SessionTest {
 protected:
     void SetUp() override {
         SessionTest::SetUp();
@@ -35,7 +34,13 @@ protected:
         rs->Cols(column) = value;
         rs->Update();
     }
-
+    // The column's value after a file went into it with that threshold.
+    QByteArray readBack(const QString& file, qint32 threshold) {
+        rs->Edit();
+        rs->FileToBlob(file, "photo", threshold);
+        rs->Update();
+        return rs->ColsWithNull("photo").bytes();
+    }
     QByteArray fileBytes() const {
         QFile file(target);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<no file>");
@@ -45,72 +50,49 @@ protected:
     QString target = path("photo.bin");
 };
 
-struct SizedCase {
-    qint32 size;
-    int repeatedFirstBlocks;  // what the block route writes: the first block so many times,
-    qint32 tail;              // then this many bytes from the start of the value
-};
-
-// The block route reads every block from the start of the value, and its last read is
-// size - one block long, which a value under one block can't give: its file stays empty.
-const SizedCase kSizedCases[] = {
-    {0, 0, 0}, {1, 0, 0}, {32767, 0, 0}, {32768, 1, 0}, {32769, 1, 1}, {100000, 3, 67232},
-};
-
-TEST_F(BlobTransferTest, AKnownSizeGoesWholeUpToTheThresholdAndAboveItAsTheSuitesFilesHaveIt) {
-    for (const SizedCase& c : kSizedCases) {
+// A known size goes whole up to the threshold and above it in blocks, as the suite's files have
+// it: every block is read from the start of the value, and the last read is size - one block long,
+// which a value under one block can't give, so its file stays empty. An unknown size is read to
+// the end. Back from a file, blocks add to what the column held.
+TEST_F(BlobTransferTest, EachSizeGoesToAFileAndBackWholeOrInBlocks) {
+    const struct {
+        qint32 size;
+        int repeatedFirstBlocks;  // what the block route writes: the first block so many times,
+        qint32 tail;              // then this many bytes from the start of the value
+    } cases[] = {
+        {0, 0, 0}, {1, 0, 0}, {32767, 0, 0}, {32768, 1, 0}, {32769, 1, 1}, {100000, 3, 67232},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.size);
         const QByteArray value = sample(c.size);
         store(value);
         QFile::remove(target);
         EXPECT_TRUE(rs->BlobToFile("photo", target, c.size, c.size));
-        EXPECT_EQ(fileBytes(), value) << "whole, size " << c.size;
+        EXPECT_EQ(fileBytes(), value);
+        EXPECT_TRUE(rs->BlobToFile("photo", target, -1, 0));
+        EXPECT_EQ(fileBytes(), value);
 
+        store(QByteArray("old"));
+        EXPECT_EQ(readBack(target, c.size), value);
+        store(QByteArray("old"));
+        EXPECT_EQ(readBack(target, c.size - 1), "old" + value);
+
+        store(value);
         QFile(target).open(QIODevice::WriteOnly | QIODevice::Append);  // replaced, not added to
         EXPECT_TRUE(rs->BlobToFile("photo", target, c.size, c.size - 1));
-        const QByteArray expected =
-            value.left(kBlock).repeated(c.repeatedFirstBlocks) + value.left(c.tail);
-        EXPECT_EQ(fileBytes(), expected) << "blocks, size " << c.size;
+        EXPECT_EQ(fileBytes(),
+                  value.left(kBlock).repeated(c.repeatedFirstBlocks) + value.left(c.tail));
     }
 }
 
-TEST_F(BlobTransferTest, AnUnknownSizeIsReadToTheEndAndSaysWhetherTheColumnHeldAValue) {
-    for (const SizedCase& c : kSizedCases) {
-        const QByteArray value = sample(c.size);
-        store(value);
-        EXPECT_TRUE(rs->BlobToFile("photo", target, -1, 0)) << c.size;
-        EXPECT_EQ(fileBytes(), value) << c.size;
-    }
+TEST_F(BlobTransferTest, ANullOrAnUnreadableFileLeavesNothingToMove) {
     store(Variant::null());
     EXPECT_FALSE(rs->BlobToFile("photo", target, -1, 0));
     EXPECT_EQ(fileBytes(), QByteArray());
     EXPECT_TRUE(rs->BlobToFile("photo", target, 0, 0));  // a known size speaks for nothing
-}
 
-TEST_F(BlobTransferTest, AFileComesBackWholeOrInBlocksAndBlocksAddToWhatTheColumnHeld) {
-    for (const SizedCase& c : kSizedCases) {
-        const QByteArray value = sample(c.size);
-        QFile file(target);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(value);
-        file.close();
-        for (const qint32 threshold : {c.size, c.size - 1}) {
-            store(QByteArray("old"));
-            rs->Edit();
-            rs->FileToBlob(target, "photo", threshold);
-            rs->Update();
-            const QByteArray before = threshold < c.size ? QByteArray("old") : QByteArray();
-            EXPECT_EQ(rs->ColsWithNull("photo").bytes(), before + value)
-                << "size " << c.size << ", threshold " << threshold;
-        }
-    }
-}
-
-TEST_F(BlobTransferTest, AFileThatCannotBeReadLeavesTheColumnAsItWas) {
     store(QByteArray("kept"));
-    rs->Edit();
-    rs->FileToBlob(path("missing.bin"), "photo", 100);
-    rs->Update();
-    EXPECT_EQ(rs->ColsWithNull("photo").bytes(), "kept");
+    EXPECT_EQ(readBack(path("missing.bin"), 100), "kept");
     EXPECT_FALSE(QFile::exists(path("missing.bin")));
 }
 

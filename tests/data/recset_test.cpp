@@ -10,42 +10,38 @@
 #include <QFile>
 
 using rt::Variant;
-using testing_support::SessionTest;
+using testing_support::errorOf;
 
 namespace {
 
-class RecSetTest : public SessionTest {};
+using RecSetTest = testing_support::SessionTest;
 
 TEST_F(RecSetTest, ColsNeverGivesANullForTextNumbersOrBooleans) {
     execute(
-        "CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, f "
-        "SINGLE, "
-        "d DOUBLE, b BIT, dt DATETIME, bin LONGBLOB)");
+        "CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, "
+        "f SINGLE, d DOUBLE, b BIT, dt DATETIME, bin LONGBLOB)");
     execute("INSERT INTO kinds (t) VALUES (NULL)");
     auto rs = open("SELECT * FROM kinds");
-    const struct {
-        const char* column;
-        Variant value;
-    } cases[] = {
+    const std::pair<const char*, Variant> cases[] = {
         {"t", QString()},        {"m", QString()},         {"s", qint16(0)}, {"l", qint16(0)},
         {"c", qint16(0)},        {"f", qint16(0)},         {"d", qint16(0)}, {"b", false},
         {"dt", Variant::null()}, {"bin", Variant::null()},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Variant(rs->Cols(c.column)), c.value) << c.column;
-        EXPECT_TRUE(rs->ColsWithNull(c.column).isNull()) << c.column;
-        EXPECT_TRUE(rs->ColsNoErr(c.column).isNull()) << c.column;
+    for (const auto& [column, value] : cases) {
+        EXPECT_EQ(Variant(rs->Cols(column)), value) << column;
+        EXPECT_TRUE(rs->ColsWithNull(column).isNull()) << column;
+        EXPECT_TRUE(rs->ColsNoErr(column).isNull()) << column;
     }
 }
 
 TEST_F(RecSetTest, AnUnknownColumnFailsInTheCallerButNotInColsNoErr) {
     auto rs = open("SELECT * FROM users");
-    EXPECT_EQ(testing_support::errorOf([&] { Variant value = rs->Cols("nosuch"); }),
-              engine::ItemNotFound);
+    EXPECT_EQ(errorOf([&] { Variant value = rs->Cols("nosuch"); }), engine::ItemNotFound);
     EXPECT_TRUE(rs->ColsNoErr("nosuch").isEmpty());
     EXPECT_THROW(rs->ColsWithNull("nosuch"), rt::Error);
 }
 
+// A table without the stamp columns takes a new row all the same.
 TEST_F(RecSetTest, EditAndAddNewStampWhoAndWhen) {
     gUsers(0).id = 77;
     const double before = rt::Now();
@@ -54,8 +50,7 @@ TEST_F(RecSetTest, EditAndAddNewStampWhoAndWhen) {
     rs->Cols("Name") = "Stamped";
     rs->Update();
     rs->MoveLast();
-    EXPECT_EQ(rt::CLng(rs->Cols("addedby")), 77);
-    EXPECT_EQ(rt::CLng(rs->Cols("lastmodby")), 77);
+    EXPECT_EQ(rt::CStr(rs->Cols("addedby")) + "|" + rt::CStr(rs->Cols("lastmodby")), "77|77");
     EXPECT_GE(rt::CDate(rs->Cols("addedon")), before);
     EXPECT_EQ(rt::CDate(rs->Cols("addedon")), rt::CDate(rs->Cols("lastedit")));
 
@@ -67,10 +62,9 @@ TEST_F(RecSetTest, EditAndAddNewStampWhoAndWhen) {
     EXPECT_TRUE(rem->ColsWithNull("lastmodby").isNull());
     EXPECT_FALSE(rem->ColsWithNull("lastedit").isNull());
 
-    auto ext = open("SELECT * FROM extaccess");  // a table without stamp columns
+    auto ext = open("SELECT * FROM extaccess");
     ext->AddNew();
     ext->Cols("userid") = 1;
-    ext->Cols("extid") = 2;
     ext->Update();
     EXPECT_EQ(count("extaccess"), 1);
 }
@@ -102,8 +96,7 @@ TEST_F(RecSetTest, FindRecordAppendsOnlyTheSecondConditionToTheCallersText) {
 class DBaseTest : public testing_support::SeamTest {
 protected:
     void TearDown() override {
-        gDBase.CloseDB();
-        gDBase.theDb.reset();
+        testing_support::endSession();
         SeamTest::TearDown();
     }
 };
@@ -118,22 +111,17 @@ TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
     EXPECT_FALSE(QFile::exists(missing));
 }
 
-TEST_F(DBaseTest, OpensAgainOnTheSameHandle) {
-    const QString first = newDatabase("first.mdb");
-    const QString second = newDatabase("second.mdb");
-    EXPECT_TRUE(gDBase.DBInit(first));
+// A second open replaces the first database on the same handle; a closed handle fails a command.
+TEST_F(DBaseTest, OpensAgainOnTheSameHandleAndFailsWithoutOne) {
+    gDBase.CloseDB();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(errorOf([] { gDBase.Execute("DELETE FROM users"); }), rt::ObjectNotSet);
+    EXPECT_TRUE(gDBase.DBInit(newDatabase("first.mdb")));
     gDBase.Execute("DELETE FROM users");
+    const QString second = newDatabase("second.mdb");
     EXPECT_TRUE(gDBase.DBInit(second));
     EXPECT_EQ(gDatabasePath, second);
     EXPECT_EQ(gDBase.OpenRecordset("SELECT * FROM users")->RecordCount(), 1);
-}
-
-TEST_F(DBaseTest, CloseBeforeAnyOpenAndUseOfAClosedHandle) {
-    gDBase.CloseDB();
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_EQ(testing_support::errorOf([] { gDBase.Execute("DELETE FROM users"); }),
-              rt::ObjectNotSet);
-    EXPECT_TRUE(gDBase.DBInit(newDatabase()));
     EXPECT_THROW(gDBase.Execute("DELETE FROM users WHERE name = 'x''"), rt::Error);
 }
 

@@ -9,10 +9,6 @@
 
 namespace {
 
-const QString kTerminated =
-    "You're logon has been terminated by another user.  Please press OK until you no longer "
-    "receive this message and then exit the application.";
-
 class SessionCheckTestFixture : public testing_support::SessionTest {
 protected:
     void TearDown() override {
@@ -42,32 +38,27 @@ class SessionCheckTest : public testing_support::OnEveryBackend<SessionCheckTest
 ORVANE_ON_EVERY_BACKEND(SessionCheckTest);
 
 TEST_P(SessionCheckTest, TheFiftyFirstOpenLooksAndTheMessageComesAtTheOpenAfter) {
-    const struct {
-        const char* what;
-        int opensBefore;     // before another user changes rts...
-        const char* change;  // ...so
-        int opensAfter;
-        size_t messages;
-    } cases[] = {
-        {"the 50th does not look", 49, "DELETE FROM rts", 2, 0},
-        {"a second logon of the employee replaces the row", 0,
-         "UPDATE rts SET lt = DATEADD(\"s\",5,lt)", 52, 1},
-        {"a look that finds the row has nothing to say", 0, nullptr, 120, 0},
-        {"a process that wrote no row never looks", -1, "DELETE FROM rts", 120, 0},
-        {"the 51st looks, the 52nd tells", 50, "DELETE FROM rts", 2, 1},
+    const QString terminated =
+        "You're logon has been terminated by another user.  Please press OK until you no longer "
+        "receive this message and then exit the application.";
+    // Opens before another user changes rts, the change, the opens after, the messages.
+    const std::tuple<int, const char*, int, size_t> cases[] = {
+        {49, "DELETE FROM rts", 2, 0},                          // the 50th does not look
+        {0, "UPDATE rts SET lt = DATEADD(\"s\",5,lt)", 52, 1},  // a second logon replaced the row
+        {0, "UPDATE rts SET fslevel = 1", 120, 0},              // a look that finds the row
+        {-1, "DELETE FROM rts", 120, 0},  // a process that wrote no row never looks
+        {50, "DELETE FROM rts", 2, 1},    // the 51st looks, the 52nd tells
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [before, change, after, messages] : cases) {
+        SCOPED_TRACE(change);
         logOn();
-        if (c.opensBefore < 0) {
+        if (before < 0) {
             gLogonTime = rt::Variant();
         }
-        opens(std::max(c.opensBefore, 0));
-        if (c.change) {
-            execute(c.change);
-        }
-        opens(c.opensAfter);
-        EXPECT_EQ(ui.texts(), std::vector<QString>(c.messages, kTerminated));
+        opens(std::max(before, 0));
+        execute(change);
+        opens(after);
+        EXPECT_EQ(ui.texts(), std::vector<QString>(messages, terminated));
     }
     ShowBusy();
     opens(2);  // once missed, again at every open, with the hourglass off

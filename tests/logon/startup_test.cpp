@@ -1,7 +1,6 @@
 // The logon window through the UI seam: its fold, what it loads from the settings, the modal
 // and the command-line routes, and the ways the run ends inside it.
 
-#include "data/dbase.h"
 #include "data/session.h"
 #include "fixtures.h"
 #include "logon/command_line.h"
@@ -13,7 +12,6 @@
 
 #include <QCheckBox>
 #include <QDir>
-#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,12 +21,13 @@ namespace {
 
 using platform::RunEnded;
 
-frmStartUp* logonWindow(QWidget* w) {
-    return static_cast<frmStartUp*>(w);
-}
-
 class StartUpTest : public testing_support::DemoTest {
 protected:
+    // What the user does in the logon window once it shows.
+    void whenShown(const std::function<void(frmStartUp&)>& script) {
+        ui.modalScripts.push_back([script](QWidget* w) { script(*static_cast<frmStartUp*>(w)); });
+    }
+
     frmStartUp window;
 };
 
@@ -36,16 +35,13 @@ TEST_F(StartUpTest, TheWindowAndItsDatabaseFrameFoldedByTheHeight) {
     EXPECT_EQ(window.txtLogon->maxLength(), 8);
     EXPECT_EQ(window.txtPassword->maxLength(), 8);
     EXPECT_EQ(window.txtPassword->echoMode(), QLineEdit::Password);
-    // The frame lies below the folded height.
-    EXPECT_GE(window.frameDT->geometry().top(), twipsToPixels(2850) - 2);
-    const struct {
-        int height;
-        const char* caption;
-    } folds[] = {{2850, "&Database >>"}, {3850, "<< &Hide"}, {2850, "&Database >>"}};
-    for (const auto& fold : folds) {
-        EXPECT_EQ(window.Height(), fold.height);
-        EXPECT_EQ(window.height(), twipsToPixels(fold.height));
-        EXPECT_EQ(window.cmdDatabases->text(), fold.caption);
+    EXPECT_GE(window.frameDT->geometry().top(), twipsToPixels(2850) - 2);  // below the fold
+    const std::pair<int, QString> folds[] = {
+        {2850, "&Database >>"}, {3850, "<< &Hide"}, {2850, "&Database >>"}};
+    for (const auto& [height, caption] : folds) {
+        EXPECT_EQ(window.Height(), height);
+        EXPECT_EQ(window.height(), twipsToPixels(height));
+        EXPECT_EQ(window.cmdDatabases->text(), caption);
         window.cmdDatabases->click();
     }
     window.setHeight(3850);  // set anywhere else, the height alone decides
@@ -56,24 +52,21 @@ TEST_F(StartUpTest, TheWindowAndItsDatabaseFrameFoldedByTheHeight) {
 // A stored password fills the box and ticks Save Password, which keeps it; without one the box
 // stays clear and the logon stores none.
 TEST_F(StartUpTest, AReturningUserSeesTheStoredLogonAndPassword) {
-    const QString database = ReadIni("Database");
     for (const QString stored : {"orvane", ""}) {
         SCOPED_TRACE(stored.toStdString());
         WriteIni("WP", ProgramSection(), stored);
-        QString seen;
-        ui.modalScripts.push_back([&](QWidget* w) {
-            EXPECT_EQ(logonWindow(w)->txtLogon->text(), "admin");
-            EXPECT_EQ(logonWindow(w)->chkPassword->isChecked(), !stored.isEmpty());
-            EXPECT_EQ(logonWindow(w)->Height(), 2850);  // a stored database keeps it folded
-            seen = logonWindow(w)->txtPassword->text();
-            logonWindow(w)->txtPassword->setText("orvane");
-            logonWindow(w)->cmdOK->click();
+        whenShown([&](frmStartUp& w) {
+            EXPECT_EQ(w.txtLogon->text(), "admin");
+            EXPECT_EQ(w.txtPassword->text(), stored);
+            EXPECT_EQ(w.chkPassword->isChecked(), !stored.isEmpty());
+            EXPECT_EQ(w.Height(), 2850);  // a stored database keeps it folded
+            w.txtPassword->setText("orvane");
+            w.cmdOK->click();
         });
         frmStartUp fresh;
         EXPECT_TRUE(fresh.ShowMe(false, false, true));
-        EXPECT_EQ(seen, stored);
-        EXPECT_EQ(ReadIni("WP", ProgramSection(), "<none>"), stored.isEmpty() ? "<none>" : stored);
-        EXPECT_EQ(fresh.txtDatabase->text(), database);
+        EXPECT_EQ(ReadIni("WP", ProgramSection(), "-"), stored.isEmpty() ? "-" : stored);
+        EXPECT_EQ(fresh.txtDatabase->text(), ReadIni("Database"));
         EXPECT_EQ(fresh.Label2[1]->text(), gVersionText);
         EXPECT_TRUE(gVersionText.startsWith("Version "));
         EXPECT_FALSE(fresh.isVisible());
@@ -83,13 +76,11 @@ TEST_F(StartUpTest, AReturningUserSeesTheStoredLogonAndPassword) {
 
 TEST_F(StartUpTest, CancelAndClosingTheWindowEndTheRun) {
     QFile::remove(QDir(gSystemDir).filePath("tarnell.ini"));
-    int height = 0;
-    ui.modalScripts.push_back([&](QWidget* w) {
-        height = logonWindow(w)->Height();
-        logonWindow(w)->cmdCancel->click();
+    whenShown([](frmStartUp& w) {
+        EXPECT_EQ(w.Height(), 3850);  // a first-time user sees the database fields
+        w.cmdCancel->click();
     });
     EXPECT_THROW(window.ShowMe(false, false, true), RunEnded);
-    EXPECT_EQ(height, 3850);  // a first-time user sees the database fields
     EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
 
     frmStartUp second;
@@ -101,13 +92,13 @@ TEST_F(StartUpTest, CancelAndClosingTheWindowEndTheRun) {
 }
 
 TEST_F(StartUpTest, AFailedCredentialLeavesTheWindowOpenForASecondTry) {
-    ui.modalScripts.push_back([](QWidget* w) {
-        logonWindow(w)->txtPassword->setText("wrong");
-        logonWindow(w)->cmdOK->click();
-        EXPECT_TRUE(logonWindow(w)->isVisible());
-        EXPECT_TRUE(logonWindow(w)->bCanceled);
-        logonWindow(w)->txtPassword->setText("orvane");
-        logonWindow(w)->cmdOK->click();
+    whenShown([](frmStartUp& w) {
+        w.txtPassword->setText("wrong");
+        w.cmdOK->click();
+        EXPECT_TRUE(w.isVisible());
+        EXPECT_TRUE(w.bCanceled);
+        w.txtPassword->setText("orvane");
+        w.cmdOK->click();
     });
     EXPECT_TRUE(window.ShowMe(false, false, true));
     EXPECT_TRUE(testing_support::saidOnly(ui, "You have entered an invalid password.",
@@ -120,16 +111,15 @@ TEST_F(StartUpTest, AFailedCredentialLeavesTheWindowOpenForASecondTry) {
 // even when it gives none.
 TEST_F(StartUpTest, TheCommandLineLogsOnWithoutShowingTheWindow) {
     WriteIni("WP", ProgramSection(), "orvane");
-    SetCommandLine("-pstored -LADMIN");  // either case, in any order
+    SetCommandLine("-pstored -LADMIN");
     EXPECT_THROW(window.ShowMe(false, false, true), RunEnded);
-    EXPECT_EQ(window.txtLogon->text(), "ADMIN");
-    EXPECT_EQ(window.txtPassword->text(), "stored");
+    EXPECT_EQ(window.txtLogon->text() + "|" + window.txtPassword->text(), "ADMIN|stored");
     EXPECT_EQ(ui.texts(), std::vector<QString>{"You have entered an invalid password."});
+    EXPECT_EQ(ui.exitStatus, platform::kExitFailure);
 
     frmStartUp second;
     SetCommandLine("-ladmin -porvane");
     EXPECT_TRUE(second.ShowMe(false, false, true));
-    EXPECT_TRUE(ui.modalWindows.empty());
     EXPECT_EQ(gUsers(0).Name, "Alice Admin");
     EXPECT_TRUE(ui.busy);  // no activation: the start of the run ends the hourglass
 
@@ -145,9 +135,9 @@ TEST_F(StartUpTest, BrowsingOffersTheTypedPathAndTakesTheChosenOne) {
     ui.fileChoices.push_back(QString("/data/new.mdb"));
     window.cmdBrowse->click();
     EXPECT_EQ(window.txtDatabase->text(), "/data/new.mdb");
-    EXPECT_EQ(ui.fileDialogs.back().fileName, "/data/old.mdb");
-    EXPECT_EQ(ui.fileDialogs.back().filter, "Database|*.mdb");
-    EXPECT_TRUE(ui.fileDialogs.back().mustExist);
+    const auto& dialog = ui.fileDialogs.back();
+    EXPECT_EQ(dialog.fileName + "|" + dialog.filter, "/data/old.mdb|Database|*.mdb");
+    EXPECT_TRUE(dialog.mustExist);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "fixtures.h"
 
-#include "data/dbase.h"
 #include "data/session.h"
 #include "installation.h"
 #include "logon/command_line.h"
@@ -34,10 +33,8 @@ namespace {
 std::string boxText(const QString& text, int buttons, int icon, int defaultButton,
                     const QString& title) {
     return QStringLiteral("\"%1\" (title \"%2\", buttons %3, icon %4, default button %5)")
-        .arg(text, title)
-        .arg(buttons)
-        .arg(icon)
-        .arg(defaultButton)
+        .arg(text, title, QString::number(buttons), QString::number(icon),
+             QString::number(defaultButton))
         .toStdString();
 }
 
@@ -71,10 +68,6 @@ void SeamTest::TearDown() {
     platform::setUi(nullptr);
 }
 
-QString SeamTest::path(const QString& name) const {
-    return folder.filePath(name);
-}
-
 QString SeamTest::newDatabase(const QString& name) {
     const QString location = newDatabaseLocation(backend, folder, name.section('.', 0, 0));
     installer::createDatabase(location);
@@ -89,11 +82,11 @@ void DemoTest::SetUp() {
     engine::setLockWait(300);  // a held lock fails a command soon
     gSystemDir = GetSystemDir();
     QFile::remove(platform::joinPath(gSystemDir, "tarnell.ini"));
-    demoLocation_ = backend == Backend::Postgresql
-                        ? newDatabaseLocation(backend, folder, QStringLiteral("demo"))
-                        : platform::joinPath(path("demo"), installer::kDatabaseFile);
+    const bool onServer = backend == Backend::Postgresql;
+    demoLocation_ = onServer ? newDatabaseLocation(backend, folder, QStringLiteral("demo"))
+                             : platform::joinPath(path("demo"), installer::kDatabaseFile);
     installer::createDemo(path("demo"), platform::programFolder(),
-                          backend == Backend::Postgresql ? demoLocation_ : QString());
+                          onServer ? demoLocation_ : QString());
 }
 
 void DemoTest::TearDown() {
@@ -102,10 +95,6 @@ void DemoTest::TearDown() {
     engine::setLockWait(3000);
     SetCommandLine(QString());
     SeamTest::TearDown();
-}
-
-QString DemoTest::demoDatabase() const {
-    return demoLocation_;
 }
 
 void SessionTest::SetUp() {
@@ -127,8 +116,7 @@ void SessionTest::TearDown() {
 }
 
 OtherProgram::OtherProgram(const QString& path, const char* statements) {
-    int ready[2];
-    int letGo[2];
+    int ready[2], letGo[2];
     if (pipe(ready) != 0 || pipe(letGo) != 0) {
         ADD_FAILURE() << "no pipe to the other program";
         return;
@@ -161,9 +149,8 @@ void OtherProgram::letGo() {
     }
     (void)!write(letGo_, "x", 1);
     close(letGo_);
-    int status = 0;
     pid_t ended = -1;
-    while ((ended = waitpid(child_, &status, 0)) < 0 && errno == EINTR) {
+    while ((ended = waitpid(child_, nullptr, 0)) < 0 && errno == EINTR) {
     }
     EXPECT_EQ(ended, child_) << strerror(errno);
     child_ = -1;
@@ -185,8 +172,7 @@ QStringList rowsOf(engine::Database& db, const QString& sql) {
     for (auto rs = db.openRecordset(sql); !rs->eof(); rs->moveNext()) {
         QStringList values;
         for (int f = 0; f < rs->fieldCount(); ++f) {
-            const rt::Variant value = rs->fieldValue(f);
-            values << (value.isNull() ? QStringLiteral("Null") : rt::CStr(value));
+            values << (rs->fieldValue(f).isNull() ? "Null" : rt::CStr(rs->fieldValue(f)));
         }
         rows << values.join('|');
     }
@@ -211,22 +197,14 @@ void endSession() {
     gWatchdogOff = false;
 }
 
-void SessionTest::execute(const QString& sql) {
-    gDBase.Execute(sql);
-}
-
 rt::Variant SessionTest::scalar(const QString& sql) {
-    auto rs = gDBase.OpenRecordset(sql);
+    auto rs = open(sql);
     return rs->Eof() ? rt::Variant::null() : rs->ColsWithNull(0);
 }
 
 qint32 SessionTest::count(const QString& table, const QString& where) {
     return rt::CLng(scalar("SELECT count(*) FROM " + table +
                            (where.isEmpty() ? QString() : " WHERE " + where)));
-}
-
-std::unique_ptr<RecSet> SessionTest::open(const QString& sql) {
-    return gDBase.OpenRecordset(sql);
 }
 
 qint32 addEntry(const QString& name, qint16 type, const QString& logon, const QString& password,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "backends.h"
-#include "data/recset.h"
+#include "data/dbase.h"
 #include "platform/scripted_ui.h"
 
 #include <QString>
@@ -38,7 +38,7 @@ protected:
 
     // A fresh database made by the installer, in the test's folder or on the test server.
     QString newDatabase(const QString& name = QStringLiteral("test.mdb"));
-    QString path(const QString& name) const;
+    QString path(const QString& name) const { return folder.filePath(name); }
 
     platform::ScriptedUi ui;
     QTemporaryDir folder;
@@ -55,7 +55,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    QString demoDatabase() const;
+    QString demoDatabase() const { return demoLocation_; }
 
 private:
     QString demoLocation_;
@@ -67,11 +67,11 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    void execute(const QString& sql);
+    void execute(const QString& sql) { gDBase.Execute(sql); }
     // The one value of a query, such as a count.
     rt::Variant scalar(const QString& sql);
     qint32 count(const QString& table, const QString& where = QString());
-    std::unique_ptr<RecSet> open(const QString& sql);
+    std::unique_ptr<RecSet> open(const QString& sql) { return gDBase.OpenRecordset(sql); }
 
     QString databasePath;
 };
