@@ -8,12 +8,12 @@
 #include "legacy_source.h"
 #include "mdb_source.h"
 #include "platform/convert.h"
+#include "platform/formats.h"
 #include "platform/os.h"
 #include "program_run.h"
 #include "schema.h"
 #include "settings/settings_file.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QRandomGenerator>
 
@@ -48,32 +48,25 @@ std::vector<QStringList> exported(const QString& file, const QString& table) {
 
 // Whether the value in the new database is the one mdb-export printed, compared as a value.
 bool sameValue(const rt::Variant& value, const QString& printed, Type type) {
-    if (printed == kNull) {
-        return value.isNull();
+    if (printed == kNull || value.isNull()) {
+        return printed == kNull && value.isNull();
     }
-    if (value.isNull()) {
-        return false;
-    }
+    const double number = printed.toDouble();
     switch (type) {
         case Type::Boolean:
             return rt::CBool(value) == (printed == "1");
         case Type::Currency:
-            return rt::CCur(value) == std::llround(printed.toDouble() * 10000);
-        case Type::DateTime: {
-            const QDateTime moment = QDateTime::fromString(printed, "yyyy-MM-dd HH:mm:ss");
-            const double serial = double(QDate(1899, 12, 30).daysTo(moment.date())) +
-                                  moment.time().msecsSinceStartOfDay() / 86400000.0;
-            return value.isDate() && std::abs(value.realValue() - serial) < 1e-6;
-        }
+            return rt::CCur(value) == std::llround(number * 10000);
+        case Type::DateTime:
+            return value.isDate() && rt::Format(value, "yyyy-mm-dd hh:nn:ss") == printed;
         case Type::Byte:
         case Type::Integer:
         case Type::Long:
         case Type::Numeric:
-            return rt::CDbl(value) == printed.toDouble();
+            return rt::CDbl(value) == number;
         case Type::Single:
         case Type::Double:
-            return std::abs(rt::CDbl(value) - printed.toDouble()) <=
-                   1e-6 * std::max(1.0, std::abs(printed.toDouble()));
+            return std::abs(rt::CDbl(value) - number) <= 1e-6 * std::max(1.0, std::abs(number));
         default:
             return rt::CStr(value) == printed;
     }
