@@ -139,24 +139,14 @@ struct FakeSource : installer::LegacySource {
     }
 };
 
-// The suite's tables of `db` with their rows, typed as the legacy engine types their columns.
+// The suite's tables of `db` with their rows. Where the suite knows a table its own types
+// decide, so the file's are left as text.
 FakeSource officeSource(engine::Database& db) {
-    static const QHash<QString, Type> types = {
-        {"COUNTER", Type::Long},      {"MEMO", Type::Memo},
-        {"SHORT", Type::Integer},     {"LONG", Type::Long},
-        {"SINGLE", Type::Single},     {"DOUBLE", Type::Double},
-        {"CURRENCY", Type::Currency}, {"DATETIME", Type::DateTime},
-        {"BIT", Type::Boolean},       {"LONGBINARY", Type::OleObject},
-    };
     FakeSource source;
     for (const installer::TableDef& definition : installer::schema()) {
         FakeSource::Table& table = source.held[definition.name];
         for (const installer::ColumnDef& column : definition.columns) {
-            LegacyColumn& legacy = table.columns.emplace_back(
-                LegacyColumn{column.name, types.value(column.type, Type::Text)});
-            legacy.autoNumber = column.type == "COUNTER";
-            legacy.size =
-                column.type.startsWith("TEXT(") ? column.type.mid(5).chopped(1).toInt() : 0;
+            table.columns.push_back({column.name, Type::Text});
         }
         for (auto rows = db.openRecordset("SELECT * FROM [" + definition.name + "]"); !rows->eof();
              rows->moveNext()) {
