@@ -26,16 +26,14 @@
 
 namespace {
 
-// Long enough for any reading of the tree; a reader that died never leaves the windows up.
-constexpr int kLongestWaitMs = 5 * 60 * 1000;
-
 void waitUntilTold() {
     std::puts("ready");
     std::fflush(stdout);
     QEventLoop loop;
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
-    QTimer::singleShot(kLongestWaitMs, &loop, &QEventLoop::quit);
+    // Long enough for any reading of the tree; a reader that died never leaves the windows up.
+    QTimer::singleShot(5 * 60 * 1000, &loop, &QEventLoop::quit);
     loop.exec();
 }
 
@@ -57,12 +55,11 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("orvane-accessibility-windows"));
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     QTemporaryDir programFolder;
-    QTemporaryDir demoFolder;
     platform::setProgramFolder(programFolder.path());
     platform::ScriptedUi ui;
     platform::setUi(&ui);
     gSystemDir = GetSystemDir();
-    installer::createDemo(demoFolder.path(), programFolder.path());
+    installer::createDemo(programFolder.filePath("demo"), programFolder.path());
 
     frmAdmin console;
     SetCommandLine(

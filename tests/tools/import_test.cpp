@@ -5,7 +5,6 @@
 #include "import.h"
 #include "../directory/console_fixture.h"
 #include "installation.h"
-#include "legacy_source.h"
 #include "mdb_source.h"
 #include "platform/convert.h"
 #include "platform/formats.h"
@@ -72,7 +71,7 @@ bool sameValue(const rt::Variant& value, const QString& printed, Type type) {
     }
 }
 
-class LegacyFileFixture : public ::testing::Test {
+class ImportFixture : public ::testing::Test {
 protected:
     void SetUp() override {
         if (testing_support::lacksServer(backend)) {
@@ -83,13 +82,13 @@ protected:
     QTemporaryDir dir;
 };
 
-class LegacyFileTest : public testing_support::OnEveryBackend<LegacyFileFixture> {};
+class ImportTest : public testing_support::OnEveryBackend<ImportFixture> {};
 
-ORVANE_ON_EVERY_BACKEND(LegacyFileTest);
+ORVANE_ON_EVERY_BACKEND(ImportTest);
 
 // Each file of the test data: every table with mdb-export's row count and values, Jet 3 and
 // Jet 4, texts, numbers, currency, dates, yes/no, replication ids, numerics and memos.
-TEST_P(LegacyFileTest, EveryTableAndValueAsMdbExportReadsIt) {
+TEST_P(ImportTest, EveryTableAndValueAsMdbExportReadsIt) {
     for (const QString file : {"testV1997", "testV2000", "fixedNumericTestV2000"}) {
         SCOPED_TRACE(file.toStdString());
         const QString legacy = kLegacyJet + "/" + file + ".mdb";
@@ -159,13 +158,9 @@ FakeSource officeSource(engine::Database& db) {
     return source;
 }
 
-class FakeSourceTest : public testing_support::OnEveryBackend<LegacyFileFixture> {};
-
-ORVANE_ON_EVERY_BACKEND(FakeSourceTest);
-
 // A table the suite does not know lands as the file declares it, each kind of value exactly,
 // and its autonumber goes on after the highest number imported.
-TEST_P(FakeSourceTest, EachKindOfValueLandsExactly) {
+TEST_P(ImportTest, EachKindOfValueLandsExactly) {
     FakeSource source;
     FakeSource::Table& table = source.held["Ledger"];
     table.columns = {{"Entry", Type::Long, 0, 0, 0, true},
