@@ -82,15 +82,6 @@ def start_display():
     return None
 
 
-def said_ready(stream, seconds):
-    deadline = time.monotonic() + seconds
-    while select.select([stream], [], [], max(0, deadline - time.monotonic()))[0]:
-        line = stream.readline()
-        if not line or line.strip() == "ready":
-            return bool(line)
-    return False
-
-
 def walk(node):
     """Every node under `node`, but not into the rows of lists and combo boxes."""
     for child in node:
@@ -116,10 +107,11 @@ def spoken_name(node):
     return node.name
 
 
-def find_windows(seconds):
+def find_windows(program, seconds):
+    """The program's windows by title once they are all on the bus, while it runs."""
     import pyatspi
     deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
+    while time.monotonic() < deadline and program.poll() is None:
         for app in pyatspi.Registry.getDesktop(0):
             if app is not None and app.name == APP_NAME:
                 windows = {window.name: window for window in app if window is not None}
@@ -171,10 +163,9 @@ def inside(program):
     environment = dict(os.environ, QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
                        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", XDG_RUNTIME_DIR=runtime.name,
                        ASAN_OPTIONS=sanitizer)
-    windows = subprocess.Popen([program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                               env=environment, text=True)
+    windows = subprocess.Popen([program], stdin=subprocess.PIPE, env=environment, text=True)
     try:
-        by_title = find_windows(30) if said_ready(windows.stdout, 60) else None
+        by_title = find_windows(windows, 90)
         if by_title is None:
             print(f"FAIL: {APP_NAME} with its windows {sorted(EXPECTED)} is not on the "
                   "accessibility bus")

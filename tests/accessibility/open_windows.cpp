@@ -1,7 +1,7 @@
 // Opens the logon window, the console, the entry editor on an employee and the deletion window
 // of that employee, all at once, on a demo installation of its own, so that an accessibility
-// client can read them as a screen reader would. Says "ready" on its output once they are up
-// and keeps them up until a line, or the end, arrives on its input.
+// client can read them as a screen reader would. Keeps them up until a line, or the end, arrives
+// on its input.
 
 #include "data/session.h"
 #include "directory/frm_admin.h"
@@ -22,13 +22,9 @@
 
 #include <unistd.h>
 
-#include <cstdio>
-
 namespace {
 
 void waitUntilTold() {
-    std::puts("ready");
-    std::fflush(stdout);
     QEventLoop loop;
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&input, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
