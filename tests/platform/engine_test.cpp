@@ -3,7 +3,6 @@
 
 #include "platform/engine/engine.h"
 #include "platform/convert.h"
-#include "platform/dates.h"
 #include "platform/engine/errors.h"
 
 #include <QElapsedTimer>
@@ -45,20 +44,34 @@ protected:
     }
 
     std::unique_ptr<engine::Recordset> open(const QString& sql) { return db->openRecordset(sql); }
+    static QString nameOf(engine::Recordset& rs) { return rt::CStr(rs.field("name").value()); }
     // The name field of every row, in the order the cursor gives them.
-    QStringList names(const QString& sql) {
+    static QStringList namesOf(engine::Recordset& rs) {
         QStringList result;
-        for (auto rs = open(sql); !rs->eof(); rs->moveNext()) {
-            result << rt::CStr(rs->field("name").value());
+        for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
+            result << nameOf(rs);
         }
         return result;
     }
+    QStringList names(const QString& sql) { return namesOf(*open(sql)); }
     QString first(const QString& sql) { return rt::CStr(open(sql)->field(0).value()); }
-    QString nameOf(engine::Recordset& rs) { return rt::CStr(rs.field("name").value()); }
+    // Begins an AddNew or an Edit, sets one field and updates.
+    static void write(engine::Recordset& rs, void (engine::Recordset::*begin)(), const char* field,
+                      const Variant& value) {
+        (rs.*begin)();
+        rs.field(field).setValue(value);
+        rs.update();
+    }
+    // The body as a unit of work, by the calls or by a scope.
     void inUnit(const std::function<void()>& body) {
         db->beginTrans();
         body();
         db->commitTrans();
+    }
+    void inScope(const std::function<void()>& body) {
+        engine::Transaction scope(*db);
+        body();
+        scope.commit();
     }
 
     QTemporaryDir dir;
@@ -177,20 +190,14 @@ TEST_P(EngineTest, EditUpdateAndCancel) {
     EXPECT_EQ(rt::CInt(rs->field("age").value()), 31);
     rs->cancelUpdate();
     EXPECT_EQ(rt::CInt(rs->field("age").value()), 30);
-    rs->edit();
-    rs->field("age").setValue("32");
-    rs->update();
+    write(*rs, &engine::Recordset::edit, "age", "32");
     EXPECT_EQ(first("SELECT age FROM people WHERE name = 'bob'"), "32");
     EXPECT_EQ(errorOf([&] { rs->cancelUpdate(); }), engine::UpdateWithoutEdit);
 
     auto plain = open("plain");  // a table with no key of its own is written all the same
-    plain->addNew();
-    plain->field("code").setValue("A1");
-    plain->update();
+    write(*plain, &engine::Recordset::addNew, "code", "A1");
     plain->moveLast();
-    plain->edit();
-    plain->field("amount").setValue(5);
-    plain->update();
+    write(*plain, &engine::Recordset::edit, "amount", 5);
     EXPECT_EQ(first("SELECT code & amount FROM plain"), "A15");
 }
 
@@ -198,10 +205,7 @@ TEST_P(EngineTest, EditUpdateAndCancel) {
 // written since: lists that show a table as it stands rely on it.
 TEST_P(EngineTest, RowsInNoOrderComeAsTheyWereAdded) {
     db->execute("UPDATE people SET age = 31 WHERE name = 'bob'");
-    auto rs = open("SELECT * FROM people WHERE name <> 'carol'");
-    rs->edit();
-    rs->field("age").setValue(32);
-    rs->update();
+    write(*open("SELECT * FROM people WHERE name <> 'carol'"), &engine::Recordset::edit, "age", 32);
     for (const QString& source :
          {"SELECT * FROM people", "people", "SELECT name FROM people WHERE age > 0"}) {
         SCOPED_TRACE(source.toStdString());
@@ -230,9 +234,7 @@ TEST_P(EngineTest, ANewRowsCounterIsReadableAtAddNewAndMoveLastLandsOnIt) {
     EXPECT_EQ(first("SELECT id FROM people WHERE name = 'erin'"), "6");
 
     auto empty = open("SELECT * FROM people WHERE age > 100");
-    empty->addNew();
-    empty->field("name").setValue("old");
-    empty->update();
+    write(*empty, &engine::Recordset::addNew, "name", "old");
     empty->moveLast();
     EXPECT_EQ(nameOf(*empty), "old");
 }
@@ -242,19 +244,14 @@ TEST_P(EngineTest, FieldsCarryTheLibrarysTypeNumbersSizesAndValues) {
         "UPDATE people SET salary = 1234.5678, born = CDATE('1/5/2000'), active = True, "
         "score = 6.5, ratio = 0.25, notes = 'long', photo = NULL WHERE name = 'bob'");
     auto rs = open("SELECT * FROM people WHERE name = 'bob'");
+    using namespace engine;
     using rt::VarType;
     const std::tuple<const char*, int, qint32, VarType> cases[] = {
-        {"id", engine::dbLong, 4, VarType::Long},
-        {"name", engine::dbText, 20, VarType::String},
-        {"age", engine::dbInteger, 2, VarType::Integer},
-        {"salary", engine::dbCurrency, 8, VarType::Currency},
-        {"born", engine::dbDate, 8, VarType::Date},
-        {"active", engine::dbBoolean, 1, VarType::Boolean},
-        {"score", engine::dbSingle, 4, VarType::Single},
-        {"ratio", engine::dbDouble, 8, VarType::Double},
-        {"notes", engine::dbMemo, 0, VarType::String},
-        {"photo", engine::dbLongBinary, 0, VarType::Null},
-    };
+        {"id", dbLong, 4, VarType::Long},        {"salary", dbCurrency, 8, VarType::Currency},
+        {"name", dbText, 20, VarType::String},   {"born", dbDate, 8, VarType::Date},
+        {"age", dbInteger, 2, VarType::Integer}, {"active", dbBoolean, 1, VarType::Boolean},
+        {"score", dbSingle, 4, VarType::Single}, {"notes", dbMemo, 0, VarType::String},
+        {"ratio", dbDouble, 8, VarType::Double}, {"photo", dbLongBinary, 0, VarType::Null}};
     for (const auto& [name, type, size, kind] : cases) {
         const engine::Field f = rs->field(name);
         EXPECT_EQ(std::tuple(f.type(), f.size(), f.value().type()), std::tuple(type, size, kind))
@@ -349,10 +346,10 @@ TEST_P(EngineTest, OneStatementPerCallWhateverAValueHolds) {
 
 TEST_P(EngineTest, ATransactionLeavesNothingHalfDone) {
     EXPECT_EQ(errorOf([&] {
-                  engine::Transaction transaction(*db);
-                  db->execute("DELETE FROM people WHERE name = 'bob'");
-                  db->execute("UPDATE nosuch SET x = 1");
-                  transaction.commit();
+                  inScope([&] {
+                      db->execute("DELETE FROM people WHERE name = 'bob'");
+                      db->execute("UPDATE nosuch SET x = 1");
+                  });
               }),
               engine::InputTableNotFound);
     EXPECT_EQ(first("SELECT count(*) FROM people"), "3");
@@ -373,16 +370,8 @@ TEST_P(EngineTest, ATransactionLeavesNothingHalfDone) {
 // are not shown, and an AddNew or Edit interrupted by the failure can be updated again.
 TEST_P(EngineTest, AnUndoneUnitPutsItsCursorsBack) {
     auto rs = open("SELECT * FROM people ORDER BY name");  // on Alice
-    const auto addDave = [&] {
-        rs->addNew();
-        rs->field("name").setValue("dave");
-        rs->update();
-    };
-    const auto rename = [&] {
-        rs->edit();
-        rs->field("name").setValue("Alicia");
-        rs->update();
-    };
+    const auto addDave = [&] { write(*rs, &engine::Recordset::addNew, "name", "dave"); };
+    const auto rename = [&] { write(*rs, &engine::Recordset::edit, "name", "Alicia"); };
     const auto remove = [&] { rs->deleteCurrent(); };
     const std::tuple<const char*, std::function<void()>, std::function<void()>, QStringList>
         units[] = {
@@ -400,11 +389,7 @@ TEST_P(EngineTest, AnUndoneUnitPutsItsCursorsBack) {
         db->rollback();
         EXPECT_EQ(first("SELECT name FROM people WHERE id = 2"), "Alice");
         retry();
-        QStringList shown;
-        for (rs->moveFirst(); !rs->eof(); rs->moveNext()) {
-            shown << nameOf(*rs);
-        }
-        EXPECT_EQ(shown, after);
+        EXPECT_EQ(namesOf(*rs), after);
         EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), after);
         db->execute("DELETE FROM people WHERE name = 'dave' OR id = 2");
         db->execute("INSERT INTO people (id, name, age, boss) VALUES (2, 'Alice', 40, 1)");
@@ -435,12 +420,7 @@ TEST_F(FileEngineTest, AUnitThatFailsToCommitIsUndoneWholeAndLeavesNothingOpen) 
     const std::tuple<const char*, int, std::function<void()>> units[] = {
         {"one level", engine::Locked, [&] { inUnit(deleteBob); }},
         {"nested levels", engine::Locked, [&] { inUnit([&] { inUnit(deleteBob); }); }},
-        {"a scope", engine::Locked,
-         [&] {
-             engine::Transaction scope(*db);
-             deleteBob();
-             scope.commit();
-         }},
+        {"a scope", engine::Locked, [&] { inScope(deleteBob); }},
         // The engine's own units: a new row's counter, a copied table.
         {"a counter", engine::Locked, [&] { open("people")->addNew(); }},
         {"a copy", engine::Locked, [&] { db->execute("SELECT * INTO staff FROM people"); }},
