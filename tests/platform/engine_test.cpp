@@ -38,9 +38,9 @@ protected:
             "salary CURRENCY, born DATETIME, active BIT, score SINGLE, ratio DOUBLE, "
             "notes LONGTEXT COLLATE NOCASE, photo LONGBLOB, boss INTEGER)");
         db->execute("CREATE TABLE plain (code VARCHAR(5) COLLATE NOCASE, amount INTEGER)");
-        db->execute("INSERT INTO people (name, age, boss) VALUES ('bob', 30, 1)");
-        db->execute("INSERT INTO people (name, age, boss) VALUES ('Alice', 40, 1)");
-        db->execute("INSERT INTO people (name, age, boss) VALUES ('carol', 25, 2)");
+        db->execute(
+            "INSERT INTO people (name, age, boss) VALUES ('bob', 30, 1), ('Alice', 40, 1), "
+            "('carol', 25, 2)");
     }
 
     std::unique_ptr<engine::Recordset> open(const QString& sql) { return db->openRecordset(sql); }
