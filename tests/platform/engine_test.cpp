@@ -355,15 +355,11 @@ TEST_P(EngineTest, ATransactionLeavesNothingHalfDone) {
               }),
               engine::InputTableNotFound);
     EXPECT_EQ(first("SELECT count(*) FROM people"), "3");
-    {
-        engine::Transaction outer(*db);
+    inScope([&] {
         db->execute("DELETE FROM people WHERE name = 'bob'");
-        {
-            engine::Transaction inner(*db);
-            db->execute("DELETE FROM people WHERE name = 'carol'");
-        }  // rolled back alone
-        outer.commit();
-    }
+        engine::Transaction inner(*db);  // left without a commit, rolled back alone
+        db->execute("DELETE FROM people WHERE name = 'carol'");
+    });
     EXPECT_EQ(names("SELECT * FROM people ORDER BY name"), QStringList({"Alice", "carol"}));
     EXPECT_EQ(errorOf([&] { db->commitTrans(); }), engine::NoTransaction);
 }
