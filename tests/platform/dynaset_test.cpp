@@ -103,7 +103,7 @@ TEST_F(FileDynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAft
     auto rs = openEmp();
     {
         engine::ReadScope together(*db);
-        EXPECT_EQ(rt::CStr(rs->field("name").value()), "a");  // where the open left it, unmoved
+        EXPECT_EQ(rt::CStr(rs->field("name").value()), "a");  // read at the open: no look-up
         EXPECT_EQ(errorOf([&] { other->execute("UPDATE emp SET name = 'b2' WHERE id = 2"); }),
                   engine::Locked);
         rs->moveNext();
