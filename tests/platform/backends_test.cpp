@@ -16,18 +16,13 @@ namespace {
 
 using Connection = std::unique_ptr<PGconn, decltype(&PQfinish)>;
 
-Connection connect(const std::string& conninfo) {
-    return Connection(PQconnectdb(conninfo.c_str()), &PQfinish);
-}
-
 // The server's error for the statement, empty when it ran.
 std::string errorOf(PGconn* connection, const std::string& sql) {
-    std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()), &PQclear);
-    const ExecStatusType status = PQresultStatus(result.get());
-    if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK) {
-        return {};
-    }
-    return PQerrorMessage(connection);
+    PGresult* result = PQexec(connection, sql.c_str());
+    const ExecStatusType status = PQresultStatus(result);
+    PQclear(result);
+    return status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK ? ""
+                                                                   : PQerrorMessage(connection);
 }
 
 TEST(PostgresqlServer, IsThereWhenTheRunNeedsIt) {
@@ -41,7 +36,7 @@ TEST(PostgresqlServer, IsThereWhenTheRunNeedsIt) {
     }
 
     // The maintenance database, so that the fresh one is nobody's current database when dropped.
-    Connection maintenance = connect("dbname=postgres");
+    Connection maintenance(PQconnectdb("dbname=postgres"), &PQfinish);
     ASSERT_EQ(PQstatus(maintenance.get()), CONNECTION_OK) << PQerrorMessage(maintenance.get());
 
     // The location the conformance cases hand the engine, awkward stem and all, must be one
@@ -52,7 +47,7 @@ TEST(PostgresqlServer, IsThereWhenTheRunNeedsIt) {
     const std::string name = location.section(u'/', -1).toStdString();
     ASSERT_EQ(errorOf(maintenance.get(), "CREATE DATABASE " + name), "");
     {
-        Connection fresh = connect(location.toStdString());
+        Connection fresh(PQconnectdb(location.toUtf8().constData()), &PQfinish);
         EXPECT_EQ(PQstatus(fresh.get()), CONNECTION_OK) << PQerrorMessage(fresh.get());
         // The engine relies on citext, which not every server has installed.
         if (PQstatus(fresh.get()) == CONNECTION_OK) {
