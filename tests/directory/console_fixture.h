@@ -16,10 +16,9 @@ class ConsoleFixture : public testing_support::DemoTest {
 protected:
     void SetUp() override {
         DemoTest::SetUp();
-        if (IsSkipped()) {
-            return;
+        if (!IsSkipped()) {
+            db = engine::openDatabase(demoDatabase());
         }
-        db = engine::openDatabase(demoDatabase());
     }
     void TearDown() override {
         console.hide();
@@ -42,16 +41,10 @@ protected:
     // Shows the tab and gives its list; the employees' for a tab without one.
     ReportList* showTab(int tab) {
         console.tabAdmin->setCurrentIndex(tab);
-        switch (tab) {
-            case frmAdmin::Workgroups:
-                return console.lstWorkGroups;
-            case frmAdmin::Equipment:
-                return console.lstEquipment;
-            case frmAdmin::Branches:
-                return console.lstBranches;
-            default:
-                return console.lstEmployees;
-        }
+        ReportList* const lists[] = {console.lstEmployees, console.lstWorkGroups,
+                                     console.lstEquipment, console.lstEmployees,
+                                     console.lstEmployees, console.lstBranches};
+        return lists[tab];
     }
     static void select(ReportList* list, qint32 entry) {
         for (int row = 0; row < list->rowCount(); ++row) {
@@ -60,7 +53,7 @@ protected:
             }
         }
     }
-    // Each row's cells, joined by "|".
+    // Each row as "tag:cell|cell|...".
     static QStringList rows(ReportList* list) {
         QStringList result;
         for (int r = 0; r < list->rowCount(); ++r) {
@@ -68,7 +61,7 @@ protected:
             for (int c = 0; c < list->cellCount(r); ++c) {
                 cells << list->cell(r, c);
             }
-            result << cells.join('|');
+            result << list->tag(r).toString() + ':' + cells.join('|');
         }
         return result;
     }
