@@ -7,6 +7,8 @@
 #include "platform/engine/engine.h"
 #include "util/report_list.h"
 
+#include <QAction>
+#include <QPushButton>
 #include <QTabWidget>
 
 #include <memory>
@@ -64,6 +66,14 @@ protected:
             result << list->tag(r).toString() + ':' + cells.join('|');
         }
         return result;
+    }
+    // Edit and Delete, on the buttons and the menu, are enabled together.
+    bool entryCommandsEnabled() const {
+        const bool enabled = console.cmdEdit->isEnabled();
+        EXPECT_EQ(console.cmdDelete->isEnabled(), enabled);
+        EXPECT_EQ(console.mnEdit->isEnabled(), enabled);
+        EXPECT_EQ(console.mnDelete->isEnabled(), enabled);
+        return enabled;
     }
     // What the user does in the next modal window, which is a Window.
     template <class Window, class Script>
