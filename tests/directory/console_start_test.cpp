@@ -7,6 +7,7 @@
 #include "logon/command_line.h"
 #include "logon/frm_startup.h"
 #include "logon/logon_state.h"
+#include "logon/version_gate.h"
 #include "platform/os.h"
 #include "settings/settings_file.h"
 #include "settings/terminology.h"
