@@ -121,7 +121,6 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
         const qint64 duration = runChild(whole, choice);
         const QByteArray done = fingerprint(whole);
         ASSERT_NE(done, untouched);
-        int interrupted = 0;
         for (int trial = 0; trial < kTrialsEach; ++trial) {
             const QString file = trialFile();
             // A little past the whole run too, so that some kills find the commit done.
@@ -130,15 +129,8 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
             SCOPED_TRACE("killed after " + std::to_string(killAfter) + " ms");
             runChild(file, choice, killAfter);
             EXPECT_EQ(rowsOnFile(file, "PRAGMA integrity_check"), QStringList{"ok"});
-            const QByteArray state = fingerprint(file);
-            EXPECT_TRUE(state == untouched || state == done);
-            interrupted += state == untouched ? 1 : 0;
-            // The bystander's rows are part of both states; say so plainly all the same.
-            EXPECT_EQ(rowsOnFile(file, "SELECT count(*) FROM clients WHERE userid = 3"),
-                      QStringList{QString::number(kRowsEach)});
+            EXPECT_TRUE(fingerprint(file) == untouched || fingerprint(file) == done);
         }
-        RecordProperty(choice.isEmpty() ? "interruptedAllData" : "interruptedHandOver",
-                       interrupted);
     }
 }
 
