@@ -16,18 +16,15 @@ namespace {
 
 using platform::RunEnded;
 
-class ConsoleTestFixture : public ConsoleFixture {
-protected:
-    static QString column(ReportList* list, int c) {
-        QStringList cells;
-        for (int r = 0; r < list->rowCount(); ++r) {
-            cells << list->cell(r, c);
-        }
-        return cells.join(',');
+QString column(ReportList* list, int c) {
+    QStringList cells;
+    for (int r = 0; r < list->rowCount(); ++r) {
+        cells << list->cell(r, c);
     }
-};
+    return cells.join(',');
+}
 
-class ConsoleTest : public testing_support::OnEveryBackend<ConsoleTestFixture> {};
+class ConsoleTest : public testing_support::OnEveryBackend<ConsoleFixture> {};
 
 ORVANE_ON_EVERY_BACKEND(ConsoleTest);
 

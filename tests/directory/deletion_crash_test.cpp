@@ -22,18 +22,16 @@ constexpr int kTrialsEach = 10;   // for each choice
 QStringList rowsOnFile(const QString& path, const QString& sql) {
     sqlite3* db = nullptr;
     sqlite3_open(path.toUtf8().constData(), &db);
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(db, sql.toUtf8().constData(), -1, &statement, nullptr);
     QStringList rows;
-    while (sqlite3_step(statement) == SQLITE_ROW) {
+    const auto addRow = [](void* out, int columns, char** values, char**) {
         QStringList row;
-        for (int c = 0; c < sqlite3_column_count(statement); ++c) {
-            row << QString::fromUtf8(
-                reinterpret_cast<const char*>(sqlite3_column_text(statement, c)));
+        for (int c = 0; c < columns; ++c) {
+            row << QString::fromUtf8(values[c]);
         }
-        rows << row.join('|');
-    }
-    sqlite3_finalize(statement);
+        static_cast<QStringList*>(out)->append(row.join('|'));
+        return 0;
+    };
+    sqlite3_exec(db, sql.toUtf8().constData(), addRow, &rows, nullptr);
     sqlite3_close(db);
     return rows;
 }
