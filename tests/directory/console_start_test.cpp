@@ -122,16 +122,12 @@ TEST_F(ConsoleStartTest, EachRefusalEndsTheRunWithAFailure) {
     }
 }
 
-class VerifyDatabaseTest : public testing_support::SessionTest {
-protected:
-    bool verify() {
-        std::unique_ptr<RecSet> rs;
-        return console.VerifyDatabase(rs);
-    }
-    frmAdmin console;
-};
+class VerifyDatabaseTest : public testing_support::SessionTest {};
 
 TEST_F(VerifyDatabaseTest, TheOlderLogic) {
+    frmAdmin console;
+    std::unique_ptr<RecSet> rs;
+    const auto verify = [&] { return console.VerifyDatabase(rs); };
     EXPECT_TRUE(verify());
     EXPECT_TRUE(ui.messages.empty());
 
