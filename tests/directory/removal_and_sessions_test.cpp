@@ -58,21 +58,16 @@ class FileConsoleCommandsTest : public ConsoleCommandsTestFixture {};
 TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
     const struct {
         int tab, entry;
-        const char* question;
+        const char* deleted;        // as the question names it
         const char* extaccessGone;  // rows the entry leaves behind in extaccess after a Yes...
         const char* extaccessKept;  // ...and those that stay
         bool remindersGo;
     } cases[] = {
-        {frmAdmin::Workgroups, 7,
-         "Are you sure you want to delete this workgroup and any planner items associated "
-         "with it?",
+        {frmAdmin::Workgroups, 7, "workgroup and any planner items associated with it",
          "userid = 7", "extid = 7", true},
-        {frmAdmin::Equipment, 9,
-         "Are you sure you want to delete this equipment and any planner items associated "
-         "with it?",
-         "extid = 9", "userid = 9", true},
-        {frmAdmin::Branches, 10, "Are you sure you want to delete this branch?", "userid = 10",
-         "extid = 10", false},
+        {frmAdmin::Equipment, 9, "equipment and any planner items associated with it", "extid = 9",
+         "userid = 9", true},
+        {frmAdmin::Branches, 10, "branch", "userid = 10", "extid = 10", false},
     };
     for (const auto& c : cases) {
         ui.messages.clear();
@@ -81,7 +76,8 @@ TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
         const QStringList before = state();
         const QString entry = QString::number(c.entry);
         remove(list, c.entry, No);
-        EXPECT_TRUE(saidOnly(ui, c.question, platform::Msg::YesNo | platform::Msg::DefaultButton2));
+        EXPECT_TRUE(saidOnly(ui, QString("Are you sure you want to delete this %1?").arg(c.deleted),
+                             platform::Msg::YesNo | platform::Msg::DefaultButton2));
         EXPECT_EQ(list->rowCount(), rows);
         EXPECT_EQ(state(), before);
         // A branch's watch rows go before the question is even asked.
@@ -190,7 +186,6 @@ TEST_F(FileConsoleCommandsTest, AFailedCommandChangesNothingAndCanBeTriedAgain) 
                 EXPECT_FALSE(ui.busy);
                 o.remove();
             });
-            EXPECT_NE(state(), before);
             EXPECT_EQ(count("users", c.rowAfter), 1);
             const std::vector<QString> texts = ui.texts();
             EXPECT_EQ(std::count(texts.begin(), texts.end(), o.message), 1);
