@@ -3,17 +3,12 @@
 
 #include "access/right_catalogue.h"
 #include "console_fixture.h"
-#include "directory/frm_admin.h"
 #include "directory/frm_employee.h"
-#include "logon/command_line.h"
-#include "platform/convert.h"
 
 #include <QComboBox>
 #include <QFocusEvent>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
-#include <QTabWidget>
 #include <QtTest/QTest>
 
 namespace {
@@ -22,13 +17,8 @@ namespace Msg = platform::Msg;
 using platform::RunEnded;
 
 // Positions of the catalogue that the tests work on.
-constexpr int kContacts = 0;
-constexpr int kAccounts = 1;
-constexpr int kAdministration = 8;
-constexpr int kLibrary = 84;
-constexpr int kModifyNameOfClients = 11;
-constexpr int kClientAccountsNumber = 23;
-constexpr int kAccessAllClients = 76;
+constexpr int kContacts = 0, kAccounts = 1, kAdministration = 8, kLibrary = 84;
+constexpr int kModifyNameOfClients = 11, kClientAccountsNumber = 23, kAccessAllClients = 76;
 
 class AccessLevelsTestFixture : public ConsoleFixture {
 protected:
@@ -36,7 +26,6 @@ protected:
     void start() {
         logOn();
         console.tabAdmin->setCurrentIndex(frmAdmin::AccessLevels);
-        ui.messages.clear();
     }
     // The administrator's choice of a level on the list.
     void chooseLevel(int index) {
@@ -60,27 +49,22 @@ protected:
             rowOf(console.lstAccessGroups, gRightGroups(position)));
         return rowOf(console.lstAccess, position);
     }
-    bool shownTicked(int position) { return showRight(position)->checkState() == Qt::Checked; }
+    // The ticks shown at those positions, as "1" and "0".
+    QString shownTicks(std::initializer_list<int> positions) {
+        QString ticks;
+        for (int position : positions) {
+            ticks += showRight(position)->checkState() == Qt::Checked ? '1' : '0';
+        }
+        return ticks;
+    }
     void tick(int position, bool ticked) {
         showRight(position)->setCheckState(ticked ? Qt::Checked : Qt::Unchecked);
-    }
-    QStringList captions(QListWidget* list) const {
-        QStringList result;
-        for (int r = 0; r < list->count(); ++r) {
-            result << list->item(r)->text();
-        }
-        return result;
     }
     QString stored(const QString& column) {
         return rt::CStr(db->openRecordset("SELECT " + column + " FROM sysinfo")->field(0).value());
     }
-    // What the next entry editor offers as the name of level 1.
-    static QString editorsFirstLevel() {
-        frmEmployee editor;
-        return editor.cmbAccess->itemText(0);
-    }
     void setStored(const QString& column, const QString& text) {
-        db->execute("UPDATE sysinfo SET " + column + " = '" + text + "'");
+        run("UPDATE sysinfo SET " + column + " = '" + text + "'");
     }
 };
 
@@ -94,13 +78,15 @@ TEST_P(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
     EXPECT_EQ(console.cmbLevel->itemText(3), "Senior Associate");
     EXPECT_EQ(console.nLevelIndex, 0);
     EXPECT_EQ(console.txtAccessLevel->text(), "Clerk");
-    EXPECT_FALSE(console.bLevelDirty);
-    EXPECT_FALSE(console.bLevelLoading);
+    EXPECT_FALSE(console.bLevelDirty || console.bLevelLoading);
     // Groups by position, so the library, catalogued ninth, comes last.
-    EXPECT_EQ(captions(console.lstAccessGroups),
-              QStringList({"Contacts", "Accounts", "Billing Accounts", "Projects",
-                           "Planner and Scheduling", "Lists and Marketing", "Products", "Reports",
-                           "Administration", "Library"}));
+    QStringList groups;
+    for (int r = 0; r < console.lstAccessGroups->count(); ++r) {
+        groups << console.lstAccessGroups->item(r)->text();
+    }
+    EXPECT_EQ(groups, QStringList({"Contacts", "Accounts", "Billing Accounts", "Projects",
+                                   "Planner and Scheduling", "Lists and Marketing", "Products",
+                                   "Reports", "Administration", "Library"}));
     EXPECT_EQ(console.lstAccessGroups->currentRow(), 0);
     ASSERT_EQ(console.lstAccess->count(), 12);
     EXPECT_EQ(console.lstAccess->item(1)->text(), "Modify Name of Clients");
@@ -114,64 +100,48 @@ TEST_P(AccessLevelsTest, TheFirstVisitLoadsTheFirstLevelIntoBothLists) {
 
     // The installer denies a clerk the administration and the library, and with them their
     // rights.
-    const struct {
-        int position;
-        bool ticked;
-    } ticks[] = {{kContacts, true},        {kModifyNameOfClients, true},
-                 {kAdministration, false}, {kAccessAllClients, false},
-                 {kLibrary, false},        {83, false}};
-    for (const auto& t : ticks) {
-        EXPECT_EQ(shownTicked(t.position), t.ticked) << t.position;
-    }
+    EXPECT_EQ(shownTicks({kContacts, kModifyNameOfClients, kAdministration, kAccessAllClients,
+                          kLibrary, 83}),
+              "110000");
     EXPECT_FALSE(console.bLevelDirty);  // showing a group is no edit
 }
 
-TEST_P(AccessLevelsTest, TicksEditTheRightsInHandAndASaveStoresThem) {
-    start();
-    tick(kModifyNameOfClients, false);
-    EXPECT_TRUE(console.bLevelDirty);
-    // A group's tick or untick leaves its rights as they stand.
-    tick(kAdministration, true);
-    tick(kLibrary, true);
-    tick(83, true);
-    tick(kLibrary, false);
-    EXPECT_FALSE(gRightValues(kModifyNameOfClients));
-    EXPECT_FALSE(gRightValues(kAccessAllClients));
-    EXPECT_TRUE(shownTicked(83));
-
-    console.cmdSave->click();
-    EXPECT_FALSE(console.bLevelDirty);
-    EXPECT_TRUE(ui.messages.empty());
-    const QString text = stored("level1");
-    ASSERT_EQ(text.size(), 245);
-    const std::pair<int, char> rights[] = {{kModifyNameOfClients, '0'},
-                                           {kAdministration, '1'},
-                                           {kAccessAllClients, '0'},
-                                           {kLibrary, '0'},
-                                           {83, '1'},
-                                           {kContacts, '1'}};
-    for (auto [position, right] : rights) {
-        EXPECT_EQ(text[position], right) << position;
-    }
-    EXPECT_EQ(stored("level1name"), "Clerk");
-    EXPECT_FALSE(ui.busy);
-}
-
-// The stored text covers positions 0 to 244 in "1" and "0" only: free positions are written
-// denied and whatever stood beyond is gone; the name goes in as typed.
-TEST_P(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
+// A group's tick or untick leaves its rights as they stand. The stored text covers positions 0
+// to 244 in "1" and "0" only: free positions are written denied and whatever stood beyond is
+// gone; the name goes in as typed.
+TEST_P(AccessLevelsTest, ASaveStoresTheTicksInHandAsTheFirst245PositionsAndTheNameAsTyped) {
     QString text = QString(245, '1') + QString(55, 'x');
     text[9] = 'x';
     text[100] = '1';
     text[kAdministration] = '0';
     setStored("level2", text);
     start();
+    tick(kModifyNameOfClients, false);
+    EXPECT_TRUE(console.bLevelDirty);
+    tick(kAdministration, true);
+    tick(kLibrary, true);
+    tick(83, true);
+    tick(kLibrary, false);
+    EXPECT_EQ(shownTicks({kModifyNameOfClients, kAccessAllClients, 83}), "001");
+    console.cmdSave->click();
+    EXPECT_FALSE(console.bLevelDirty);
+    const QString level1 = stored("level1");
+    QString ticks;
+    ASSERT_EQ(level1.size(), 245);
+    for (int p :
+         {kModifyNameOfClients, kAdministration, kAccessAllClients, kLibrary, 83, kContacts}) {
+        ticks += level1[p];
+    }
+    EXPECT_EQ(ticks, "010011");
+    EXPECT_EQ(stored("level1name"), "Clerk");
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_FALSE(ui.busy);
+
     chooseLevel(1);
     EXPECT_EQ(gLevelText.size(), 255);
     console.txtAccessLevel->setText(" Paralegal ");
     console.SaveAccesslevel();
-
-    QString expected = QString(245, '1');
+    QString expected(245, '1');
     for (int p : {9, 46, 47, 48, 57, 58, 59, 72, 73}) {
         expected[p] = '0';
     }
@@ -188,8 +158,7 @@ TEST_P(AccessLevelsTest, ASaveWritesTheFirst245PositionsAndTheNameAsTyped) {
 TEST_P(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
     const struct {
         const char* what;
-        int answer;
-        int nextLevel;
+        int answer, nextLevel;
         QString typedName;
         QString storedName;  // of level 1, in gLevelNames and the next entry editor too
         QChar storedRight;
@@ -212,7 +181,7 @@ TEST_P(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
         EXPECT_EQ(stored("level1name"), c.storedName);
         EXPECT_EQ(stored("level1")[kClientAccountsNumber], c.storedRight);
         EXPECT_EQ(gLevelNames(0), c.storedName);
-        EXPECT_EQ(editorsFirstLevel(), c.storedName);
+        EXPECT_EQ(frmEmployee().cmbAccess->itemText(0), c.storedName);
         // The level list keeps the typed name for the run, whatever was answered.
         EXPECT_EQ(console.cmbLevel->itemText(0), c.typedName);
 
@@ -221,7 +190,7 @@ TEST_P(AccessLevelsTest, AChangeOfLevelOffersToSaveUnderTheLevelInHand) {
         // The new level shows from its first group on.
         EXPECT_EQ(console.lstAccessGroups->currentRow(), 0);
         EXPECT_EQ(console.lstAccess->item(0)->text(), "Create/Delete Clients");
-        EXPECT_TRUE(shownTicked(kClientAccountsNumber));
+        EXPECT_EQ(shownTicks({kClientAccountsNumber}), "1");
         EXPECT_FALSE(console.bLevelDirty);
         chooseLevel(c.nextLevel);  // nothing unsaved: no question
         EXPECT_EQ(ui.messages.size(), 1u);
@@ -255,19 +224,15 @@ TEST_P(AccessLevelsTest, ClosingWithUnsavedChangesAsksAndEndsEitherWay) {
     start();
     EXPECT_THROW(console.Form_Unload(), RunEnded);  // nothing unsaved: no question
     EXPECT_TRUE(ui.messages.empty());
-    const struct {
-        int answer;
-        QChar storedRight;
-    } cases[] = {{Msg::Yes, '0'}, {Msg::No, '1'}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.answer);
+    for (const auto& [answer, storedRight] : {std::pair{Msg::Yes, '0'}, {Msg::No, '1'}}) {
+        SCOPED_TRACE(answer);
         chooseLevel(0);
         ui.messages.clear();
         tick(kModifyNameOfClients, false);
-        ui.answers.push_back(c.answer);
+        ui.answers.push_back(answer);
         EXPECT_THROW(console.Form_Unload(), RunEnded);
         EXPECT_TRUE(testing_support::saidOnly(ui, "Save access level changes?", Msg::YesNo));
-        EXPECT_EQ(stored("level1")[kModifyNameOfClients], c.storedRight);
+        EXPECT_EQ(stored("level1")[kModifyNameOfClients], storedRight);
         EXPECT_EQ(ui.exitStatus, platform::kExitNormal);
         setStored("level1", QString(245, '1'));
     }

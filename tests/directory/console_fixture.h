@@ -7,6 +7,8 @@
 #include "platform/engine/engine.h"
 #include "util/report_list.h"
 
+#include <QAction>
+#include <QPushButton>
 #include <QTabWidget>
 
 #include <memory>
@@ -16,10 +18,9 @@ class ConsoleFixture : public testing_support::DemoTest {
 protected:
     void SetUp() override {
         DemoTest::SetUp();
-        if (IsSkipped()) {
-            return;
+        if (!IsSkipped()) {
+            db = engine::openDatabase(demoDatabase());
         }
-        db = engine::openDatabase(demoDatabase());
     }
     void TearDown() override {
         console.hide();
@@ -42,16 +43,10 @@ protected:
     // Shows the tab and gives its list; the employees' for a tab without one.
     ReportList* showTab(int tab) {
         console.tabAdmin->setCurrentIndex(tab);
-        switch (tab) {
-            case frmAdmin::Workgroups:
-                return console.lstWorkGroups;
-            case frmAdmin::Equipment:
-                return console.lstEquipment;
-            case frmAdmin::Branches:
-                return console.lstBranches;
-            default:
-                return console.lstEmployees;
-        }
+        ReportList* const lists[] = {console.lstEmployees, console.lstWorkGroups,
+                                     console.lstEquipment, console.lstEmployees,
+                                     console.lstEmployees, console.lstBranches};
+        return lists[tab];
     }
     static void select(ReportList* list, qint32 entry) {
         for (int row = 0; row < list->rowCount(); ++row) {
@@ -60,7 +55,7 @@ protected:
             }
         }
     }
-    // Each row's cells, joined by "|".
+    // Each row as "tag:cell|cell|...".
     static QStringList rows(ReportList* list) {
         QStringList result;
         for (int r = 0; r < list->rowCount(); ++r) {
@@ -68,9 +63,17 @@ protected:
             for (int c = 0; c < list->cellCount(r); ++c) {
                 cells << list->cell(r, c);
             }
-            result << cells.join('|');
+            result << list->tag(r).toString() + ':' + cells.join('|');
         }
         return result;
+    }
+    // Edit and Delete, on the buttons and the menu, are enabled together.
+    bool entryCommandsEnabled() const {
+        const bool enabled = console.cmdEdit->isEnabled();
+        EXPECT_EQ(console.cmdDelete->isEnabled(), enabled);
+        EXPECT_EQ(console.mnEdit->isEnabled(), enabled);
+        EXPECT_EQ(console.mnDelete->isEnabled(), enabled);
+        return enabled;
     }
     // What the user does in the next modal window, which is a Window.
     template <class Window, class Script>

@@ -1,7 +1,6 @@
 // The start of the run through the console: the administrator test, the version gate ending the
 // run, and the console's older version test.
 
-#include "data/dbase.h"
 #include "data/session.h"
 #include "directory/frm_admin.h"
 #include "fixtures.h"
@@ -28,8 +27,11 @@ protected:
         gAccessLevel = 0;
         DemoTest::TearDown();
     }
-    void logOnAs(const QString& logon, const QString& password) {
-        ui.modalScripts.push_back([logon, password](QWidget* w) {
+    // What the user types in the logon window, after `first` has looked around.
+    void logOnAs(
+        const QString& logon, const QString& password, const std::function<void()>& first = [] {}) {
+        ui.modalScripts.push_back([=](QWidget* w) {
+            first();
             auto* window = static_cast<frmStartUp*>(w);
             window->txtLogon->setText(logon);
             window->txtPassword->setText(password);
@@ -44,8 +46,7 @@ protected:
 TEST_F(ConsoleStartTest, AnAdministratorGetsTheConsoleAndItsHelp) {
     logOnAs("admin", "orvane");
     console.Form_Activate();
-    EXPECT_TRUE(console.bStarted);
-    EXPECT_TRUE(console.isVisible());
+    EXPECT_TRUE(console.bStarted && console.isVisible());
     EXPECT_FALSE(ui.busy);
     EXPECT_TRUE(gWatchdogOff);
     EXPECT_EQ(gTermFinancial, "Financial");
@@ -65,13 +66,7 @@ TEST_F(ConsoleStartTest, TheLogonWindowComesBeforeAnyConsoleIsBuilt) {
     auto gone = std::make_unique<frmAdmin>();
     gone.reset();
     bool consoleBehind = true;
-    ui.modalScripts.push_back([&](QWidget* w) {
-        consoleBehind = gConsoleForm != nullptr;
-        auto* window = static_cast<frmStartUp*>(w);
-        window->txtLogon->setText("admin");
-        window->txtPassword->setText("orvane");
-        window->cmdOK_Click();
-    });
+    logOnAs("admin", "orvane", [&] { consoleBehind = gConsoleForm != nullptr; });
     frmAdmin::LogOn();
     EXPECT_FALSE(consoleBehind);
     frmAdmin later;
@@ -90,15 +85,14 @@ TEST_F(ConsoleStartTest, EachRefusalEndsTheRunWithAFailure) {
         const char* commandLine;  // else the logon window, as Derek
         QString message;
         const char* title;
-        const char* storedLogon;  // a refused level's is written, a wrong password's is not
     } cases[] = {
         {"UPDATE users SET accLevel = 9 WHERE id = 4", nullptr,
-         "You must be an administrator to access this program.", "Orvane Administration", "devans"},
-        {nullptr, "-ladmin -pwrong", "You have entered an invalid password.", "Logon", "devans"},
+         "You must be an administrator to access this program.", "Orvane Administration"},
+        {nullptr, "-ladmin -pwrong", "You have entered an invalid password.", "Logon"},
         {"UPDATE sysinfo SET dbversion = 6.49", nullptr,
          "The database you are trying to open is a 6.49 version of the database.  Use the Upkeep "
          "Tool program from your Start Menu to upgrade it to the new version.",
-         "Database Upgrade", "devans"},
+         "Database Upgrade"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.message.toStdString());
@@ -122,21 +116,18 @@ TEST_F(ConsoleStartTest, EachRefusalEndsTheRunWithAFailure) {
         EXPECT_EQ(ui.exitStatus, platform::kExitFailure);
         EXPECT_EQ(ui.modalWindows.size(), windows + (c.commandLine ? 0 : 1));
         EXPECT_FALSE(fresh.isVisible());
-        EXPECT_EQ(ReadIni("LG"), c.storedLogon);
+        // A refused level's logon is written, a wrong password's is not.
+        EXPECT_EQ(ReadIni("LG"), "devans");
         EXPECT_FALSE(ReadIni("Database").isEmpty());
     }
 }
 
-class VerifyDatabaseTest : public testing_support::SessionTest {
-protected:
-    bool verify() {
-        std::unique_ptr<RecSet> rs;
-        return console.VerifyDatabase(rs);
-    }
-    frmAdmin console;
-};
+class VerifyDatabaseTest : public testing_support::SessionTest {};
 
 TEST_F(VerifyDatabaseTest, TheOlderLogic) {
+    frmAdmin console;
+    std::unique_ptr<RecSet> rs;
+    const auto verify = [&] { return console.VerifyDatabase(rs); };
     EXPECT_TRUE(verify());
     EXPECT_TRUE(ui.messages.empty());
 

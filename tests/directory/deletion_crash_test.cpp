@@ -22,18 +22,16 @@ constexpr int kTrialsEach = 10;   // for each choice
 QStringList rowsOnFile(const QString& path, const QString& sql) {
     sqlite3* db = nullptr;
     sqlite3_open(path.toUtf8().constData(), &db);
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(db, sql.toUtf8().constData(), -1, &statement, nullptr);
     QStringList rows;
-    while (sqlite3_step(statement) == SQLITE_ROW) {
+    const auto addRow = [](void* out, int columns, char** values, char**) {
         QStringList row;
-        for (int c = 0; c < sqlite3_column_count(statement); ++c) {
-            row << QString::fromUtf8(
-                reinterpret_cast<const char*>(sqlite3_column_text(statement, c)));
+        for (int c = 0; c < columns; ++c) {
+            row << QString::fromUtf8(values[c]);
         }
-        rows << row.join('|');
-    }
-    sqlite3_finalize(statement);
+        static_cast<QStringList*>(out)->append(row.join('|'));
+        return 0;
+    };
+    sqlite3_exec(db, sql.toUtf8().constData(), addRow, &rows, nullptr);
     sqlite3_close(db);
     return rows;
 }
@@ -121,7 +119,6 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
         const qint64 duration = runChild(whole, choice);
         const QByteArray done = fingerprint(whole);
         ASSERT_NE(done, untouched);
-        int interrupted = 0;
         for (int trial = 0; trial < kTrialsEach; ++trial) {
             const QString file = trialFile();
             // A little past the whole run too, so that some kills find the commit done.
@@ -130,15 +127,8 @@ TEST_F(DeletionCrashTest, AKilledDeletionLeavesTheEmployeeWhollyThereOrWhollyGon
             SCOPED_TRACE("killed after " + std::to_string(killAfter) + " ms");
             runChild(file, choice, killAfter);
             EXPECT_EQ(rowsOnFile(file, "PRAGMA integrity_check"), QStringList{"ok"});
-            const QByteArray state = fingerprint(file);
-            EXPECT_TRUE(state == untouched || state == done);
-            interrupted += state == untouched ? 1 : 0;
-            // The bystander's rows are part of both states; say so plainly all the same.
-            EXPECT_EQ(rowsOnFile(file, "SELECT count(*) FROM clients WHERE userid = 3"),
-                      QStringList{QString::number(kRowsEach)});
+            EXPECT_TRUE(fingerprint(file) == untouched || fingerprint(file) == done);
         }
-        RecordProperty(choice.isEmpty() ? "interruptedAllData" : "interruptedHandOver",
-                       interrupted);
     }
 }
 

@@ -2,16 +2,11 @@
 // whole, and ending sessions from the console.
 
 #include "console_fixture.h"
-#include "directory/frm_admin.h"
 #include "directory/frm_employee.h"
-#include "util/report_list.h"
 
-#include <QAction>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
-#include <QPushButton>
-#include <QTabWidget>
 
 #include <algorithm>
 #include <optional>
@@ -20,6 +15,7 @@ namespace {
 
 using platform::Msg::No;
 using platform::Msg::Yes;
+using testing_support::saidOnly;
 
 class ConsoleCommandsTestFixture : public ConsoleFixture {
 protected:
@@ -44,6 +40,12 @@ protected:
         ui.answers.push_back(answer);
         console.cmdDelete->click();
     }
+    // The rows that a command on an entry may change.
+    QStringList state() {
+        return testing_support::rowsOf(*db, "SELECT * FROM users ORDER BY id") +
+               testing_support::rowsOf(*db, "SELECT * FROM extaccess ORDER BY userid, extid") +
+               testing_support::rowsOf(*db, "SELECT * FROM reminder ORDER BY id");
+    }
 };
 
 class ConsoleCommandsTest : public testing_support::OnEveryBackend<ConsoleCommandsTestFixture> {};
@@ -55,37 +57,29 @@ class FileConsoleCommandsTest : public ConsoleCommandsTestFixture {};
 
 TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
     const struct {
-        int tab;
-        int entry;
-        const char* question;
+        int tab, entry;
+        const char* deleted;        // as the question names it
         const char* extaccessGone;  // rows the entry leaves behind in extaccess after a Yes...
         const char* extaccessKept;  // ...and those that stay
         bool remindersGo;
     } cases[] = {
-        {frmAdmin::Workgroups, 7,
-         "Are you sure you want to delete this workgroup and any planner items associated "
-         "with it?",
+        {frmAdmin::Workgroups, 7, "workgroup and any planner items associated with it",
          "userid = 7", "extid = 7", true},
-        {frmAdmin::Equipment, 9,
-         "Are you sure you want to delete this equipment and any planner items associated "
-         "with it?",
-         "extid = 9", "userid = 9", true},
-        {frmAdmin::Branches, 10, "Are you sure you want to delete this branch?", "userid = 10",
-         "extid = 10", false},
+        {frmAdmin::Equipment, 9, "equipment and any planner items associated with it", "extid = 9",
+         "userid = 9", true},
+        {frmAdmin::Branches, 10, "branch", "userid = 10", "extid = 10", false},
     };
     for (const auto& c : cases) {
         ui.messages.clear();
         ReportList* list = showTab(c.tab);
         const int rows = list->rowCount();
-        const qint32 links = count("extaccess", c.extaccessGone);
+        const QStringList before = state();
         const QString entry = QString::number(c.entry);
         remove(list, c.entry, No);
-        EXPECT_TRUE(testing_support::saidOnly(
-            ui, c.question, platform::Msg::YesNo | platform::Msg::DefaultButton2));
+        EXPECT_TRUE(saidOnly(ui, QString("Are you sure you want to delete this %1?").arg(c.deleted),
+                             platform::Msg::YesNo | platform::Msg::DefaultButton2));
         EXPECT_EQ(list->rowCount(), rows);
-        EXPECT_EQ(count("users", "id = " + entry), 1);
-        EXPECT_EQ(count("extaccess", c.extaccessGone), links);
-        EXPECT_EQ(count("reminder", "userid = " + entry), 1);
+        EXPECT_EQ(state(), before);
         // A branch's watch rows go before the question is even asked.
         EXPECT_EQ(count("watch_branch", "branchid = " + entry), 0);
 
@@ -102,18 +96,6 @@ TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
 // A command that fails, midway or at its commit under another program's lock, is undone whole and
 // says why; tried again once the obstacle is gone, the same command goes through.
 TEST_F(FileConsoleCommandsTest, AFailedCommandChangesNothingAndCanBeTriedAgain) {
-    const auto state = [this] {
-        return testing_support::rowsOf(*db, "SELECT * FROM users ORDER BY id") +
-               testing_support::rowsOf(*db, "SELECT * FROM extaccess ORDER BY userid, extid") +
-               testing_support::rowsOf(*db, "SELECT * FROM reminder ORDER BY id");
-    };
-    const auto listed = [](ReportList* list) {
-        QStringList rows;
-        for (int row = 0; row < list->rowCount(); ++row) {
-            rows << list->cell(row, 0) + "=" + list->tag(row).toString();
-        }
-        return rows;
-    };
     std::optional<testing_support::OtherProgram> reader;
     using Step = std::function<void()>;
     const struct {
@@ -194,17 +176,16 @@ TEST_F(FileConsoleCommandsTest, AFailedCommandChangesNothingAndCanBeTriedAgain) 
             SCOPED_TRACE(std::string(c.command) + " against " + o.obstacle);
             ReportList* list = showTab(c.tab);
             const QStringList before = state();
-            const QStringList rows = listed(list);
+            const QStringList shown = rows(list);
             ui.messages.clear();
             c.tryTwice(list, [&] {
                 ASSERT_FALSE(ui.messages.empty());
                 EXPECT_EQ(ui.messages.back().text, o.message);
                 EXPECT_EQ(state(), before);
-                EXPECT_EQ(listed(list), rows);
+                EXPECT_EQ(rows(list), shown);
                 EXPECT_FALSE(ui.busy);
                 o.remove();
             });
-            EXPECT_NE(state(), before);
             EXPECT_EQ(count("users", c.rowAfter), 1);
             const std::vector<QString> texts = ui.texts();
             EXPECT_EQ(std::count(texts.begin(), texts.end(), o.message), 1);
@@ -216,71 +197,59 @@ TEST_F(FileConsoleCommandsTest, AFailedCommandChangesNothingAndCanBeTriedAgain) 
 TEST_P(ConsoleCommandsTest, DeletingTheLastRowDisablesEditAndDelete) {
     ReportList* list = showTab(frmAdmin::Equipment);
     remove(list, 8, Yes);
-    EXPECT_TRUE(console.cmdEdit->isEnabled());
+    EXPECT_TRUE(entryCommandsEnabled());
     EXPECT_EQ(list->selectedRow(), 0);  // the list offers the remaining row
     console.mnDelete->trigger();        // the menu does the same as the button; Enter answers No...
     EXPECT_EQ(list->rowCount(), 1);
     remove(list, 9, Yes);
     EXPECT_EQ(list->rowCount(), 0);
-    EXPECT_FALSE(console.cmdEdit->isEnabled());
-    EXPECT_FALSE(console.cmdDelete->isEnabled());
-    EXPECT_FALSE(console.mnEdit->isEnabled());
-    EXPECT_FALSE(console.mnDelete->isEnabled());
+    EXPECT_FALSE(entryCommandsEnabled());
     EXPECT_TRUE(console.cmdNew->isEnabled());
 }
 
-TEST_P(ConsoleCommandsTest, LoggingOffAnEmployeeFromEveryTabThatReachesIt) {
+// Logging an employee off, from every tab that shows the entries' commands and out of sight of
+// the employee list, and clearing every session, from any tab; each asks first.
+TEST_P(ConsoleCommandsTest, EndingSessionsAsksFirstFromAnyTab) {
     run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 4, 1)");  // Derek twice
+    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 2, 1)");
     console.lstEmployees->selectRow(3);
-    for (int tab :
-         {frmAdmin::Workgroups, frmAdmin::Equipment, frmAdmin::Branches, frmAdmin::Employees}) {
-        showTab(tab);
-        ASSERT_TRUE(console.mnActions->menuAction()->isVisible()) << tab;
+    const QString logOff =
+        "This will invalidate any current working sessions of the Lattimer Series for Derek "
+        "Evans.  \r\nAre you SURE you want to continue?";
+    const QString clearAll =
+        "This will invalidate any current working sessions of the Lattimer Series.  Anyone "
+        "currently using the system will be disconnected.\r\nAre you SURE you want to continue?";
+    const struct {
+        int tab;
+        QAction* action;
+        const QString& question;
+        int answer;
+        int sessionsLeft;
+        QString derekShown;
+    } cases[] = {
+        {frmAdmin::Workgroups, console.mnLogOff, logOff, No, 3, "Yes"},
+        {frmAdmin::Branches, console.mnLogOff, logOff, No, 3, "Yes"},
+        {frmAdmin::Employees, console.mnLogOff, logOff, No, 3, "Yes"},
+        {frmAdmin::Equipment, console.mnLogOff, logOff, Yes, 1, "No"},
+        {frmAdmin::AccessLevels, console.mnClearRTS, clearAll, No, 1, "No"},
+        {frmAdmin::UserFields, console.mnClearRTS, clearAll, No, 1, "No"},
+        {frmAdmin::Workgroups, console.mnClearRTS, clearAll, Yes, 0, "No"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tab);
+        showTab(c.tab);
+        const bool editEnabled = console.cmdEdit->isEnabled();
         ui.messages.clear();
-        ui.answers.push_back(No);
-        console.mnLogOff->trigger();
-        EXPECT_EQ(count("rts", "uid = 4"), 2) << tab;
-        EXPECT_EQ(console.lstEmployees->cell(3, 4), "Yes");
-        EXPECT_TRUE(testing_support::saidOnly(ui,
-                                              "This will invalidate any current working sessions "
-                                              "of the Lattimer Series for Derek Evans.  \r\nAre "
-                                              "you SURE you want to continue?",
-                                              platform::Msg::YesNo));
+        ui.answers.push_back(c.answer);
+        c.action->trigger();
+        EXPECT_TRUE(saidOnly(ui, c.question, platform::Msg::YesNo));
+        EXPECT_EQ(count("rts"), c.sessionsLeft);
+        EXPECT_EQ(console.lstEmployees->cell(3, 4), c.derekShown);
+        EXPECT_EQ(console.tabAdmin->currentIndex(), c.tab);
+        EXPECT_EQ(console.cmdEdit->isEnabled(), editEnabled);
     }
-    showTab(frmAdmin::Equipment);  // acts on the employee list out of sight
-    ui.answers.push_back(Yes);
-    console.mnLogOff->trigger();
-    EXPECT_EQ(count("rts", "uid = 4"), 0);
-    EXPECT_EQ(console.lstEmployees->cell(3, 4), "No");
     showTab(frmAdmin::AccessLevels);
     EXPECT_FALSE(console.mnActions->menuAction()->isVisible());
-}
-
-TEST_P(ConsoleCommandsTest, ClearingAllSessionsFromAnyTab) {
-    run("INSERT INTO rts (lt, uid, fslevel) VALUES (NOW(), 2, 1)");
-    for (int tab : {frmAdmin::AccessLevels, frmAdmin::UserFields, frmAdmin::Workgroups}) {
-        showTab(tab);
-        ui.messages.clear();
-        ui.answers.push_back(No);
-        console.mnClearRTS->trigger();
-        EXPECT_EQ(count("rts"), 2);
-        EXPECT_TRUE(testing_support::saidOnly(
-            ui,
-            "This will invalidate any current working sessions of the Lattimer Series.  Anyone "
-            "currently using the system will be disconnected.\r\nAre you SURE you want to "
-            "continue?",
-            platform::Msg::YesNo));
-    }
-    EXPECT_EQ(console.lstEmployees->cell(3, 4), "Yes");
-    const bool editEnabled = console.cmdEdit->isEnabled();
-    ui.answers.push_back(Yes);
-    console.mnClearRTS->trigger();
-    EXPECT_EQ(count("rts"), 0);
-    for (int row = 0; row < console.lstEmployees->rowCount(); ++row) {
-        EXPECT_EQ(console.lstEmployees->cell(row, 4), "No");
-    }
-    EXPECT_EQ(console.tabAdmin->currentIndex(), frmAdmin::Workgroups);
-    EXPECT_EQ(console.cmdEdit->isEnabled(), editEnabled);
 }
 
 }  // namespace
