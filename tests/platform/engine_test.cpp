@@ -1,5 +1,6 @@
-// The engine's conformance: what the program relies on of a database and its dynaset cursors.
-// Every backend runs these.
+// The engine's conformance: what the program relies on of a database and its dynaset cursors,
+// whose rows read as they stand when the cursor comes to them while other programs write. Every
+// backend runs these.
 
 #include "platform/engine/engine.h"
 #include "platform/convert.h"
@@ -87,6 +88,42 @@ ORVANE_ON_EVERY_BACKEND(EngineTest);
 
 // What is the embedded engine's own: database files, and other processes on the same file.
 class FileEngineTest : public EngineFixture {};
+
+// A second table of five rows, and another program's connection to the database.
+class DynasetFixture : public EngineFixture {
+protected:
+    void SetUp() override {
+        EngineFixture::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
+        // Short, so that a read lock a cursor forgot to let go of fails the other's write.
+        engine::setLockWait(300);
+        db->execute("CREATE TABLE emp (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT, age INT)");
+        db->execute(
+            "INSERT INTO emp (name, age) VALUES ('a', 1), ('b', 2), ('c', 3), ('d', 4), ('e', 5)");
+        other = engine::openDatabase(path);
+    }
+
+    std::unique_ptr<engine::Recordset> openEmp() {
+        return open("SELECT id, name FROM emp ORDER BY id");
+    }
+    // The name of the row `row` rows after the first.
+    static QString nameAt(engine::Recordset& rs, int row) {
+        rs.moveFirst();
+        rs.move(row);
+        return nameOf(rs);
+    }
+
+    std::unique_ptr<engine::Database> other;
+};
+
+class DynasetTest : public testing_support::OnEveryBackend<DynasetFixture> {};
+
+ORVANE_ON_EVERY_BACKEND(DynasetTest);
+
+// The embedded engine's read lock: the writers of other programs wait for the end of a read.
+class FileDynasetTest : public DynasetFixture {};
 
 TEST_F(FileEngineTest, OpeningRefusesWhatIsNoDatabaseAndNeverCreatesOne) {
     const QString missing = dir.filePath("missing.mdb");
@@ -497,6 +534,129 @@ TEST_P(EngineTest, PropertiesAndClosedObjects) {
     EXPECT_EQ(errorOf([&] { open("people"); }), engine::ObjectInvalid);
     EXPECT_EQ(errorOf([&] { other->edit(); }), engine::ObjectInvalid);
     EXPECT_EQ(errorOf([&] { nameOf(*other); }), engine::ObjectInvalid);
+}
+
+TEST_P(DynasetTest, ARowShowsWhatAnotherConnectionWroteSinceItWasLastVisited) {
+    auto rs = open("SELECT id, name FROM emp WHERE age < 50 ORDER BY id");
+    rs->moveNext();
+    rs->moveNext();  // rows 0 to 2 visited
+    const std::tuple<const char*, int, const char*, int> cases[] = {
+        {"UPDATE emp SET name = 'b2' WHERE id = 2", 1, "b2", 0},
+        {"UPDATE emp SET name = 'e2' WHERE id = 5", 4, "e2", 0},
+        {"UPDATE emp SET name = 'a2', age = 99 WHERE id = 1", 0, "a2", 0},  // out of the WHERE
+        {"DELETE FROM emp WHERE id = 4", 3, "", engine::RecordDeleted},
+        {"DELETE FROM emp WHERE id = 3", 2, "", engine::RecordDeleted},
+        {"UPDATE emp SET name = 'e3' WHERE id = 5", 4, "e3", 0},  // moved over deleted rows
+    };
+    for (const auto& [change, row, name, number] : cases) {
+        SCOPED_TRACE(change);
+        nameAt(*rs, 0);  // the current row read before the change
+        other->execute(change);
+        QString seen;
+        EXPECT_EQ(errorOf([&] { seen = nameAt(*rs, row); }), number);
+        EXPECT_EQ(seen, name);
+    }
+    rs->findFirst("name = 'E3'");
+    EXPECT_FALSE(rs->noMatch());
+    EXPECT_EQ(rs->absolutePosition(), 4);
+}
+
+TEST_P(DynasetTest, CursorsOnTheSameTextKeepTheirOwnRowsAndSeeANewDefinition) {
+    auto first = openEmp();
+    auto second = openEmp();
+    second->moveLast();
+    for (int i = 0; i < 3; ++i) {
+        first->moveNext();
+        second->movePrevious();
+    }
+    EXPECT_EQ(nameOf(*first) + nameOf(*second), "db");
+    first.reset();
+    db->execute("ALTER TABLE emp ADD COLUMN grade INT");
+    EXPECT_EQ(open("SELECT * FROM emp ORDER BY id")->fieldCount(), 4);
+}
+
+TEST_F(FileDynasetTest, RowsReadTogetherComeFromOneMomentAndLetOtherWritersGoAfterwards) {
+    auto rs = openEmp();
+    {
+        engine::ReadScope together(*db);
+        EXPECT_EQ(nameOf(*rs), "a");  // read at the open: no look-up
+        EXPECT_EQ(errorOf([&] { other->execute("UPDATE emp SET name = 'b2' WHERE id = 2"); }),
+                  engine::Locked);
+        rs->moveNext();
+        EXPECT_EQ(nameOf(*rs), "b");
+    }
+    other->execute("UPDATE emp SET name = 'b2' WHERE id = 2");
+    EXPECT_EQ(nameAt(*rs, 1), "b2");
+
+    // Inside a unit the reads are the unit's, which the scope leaves alone.
+    engine::Transaction unit(*db);
+    db->execute("UPDATE emp SET name = 'b3' WHERE id = 2");
+    {
+        engine::ReadScope together(*db);
+        EXPECT_EQ(nameAt(*rs, 1), "b3");
+    }
+    unit.commit();
+    EXPECT_EQ(testing_support::rowsOf(*other, "SELECT name FROM emp WHERE id = 2"),
+              QStringList({"b3"}));
+}
+
+// Rows read at an open inside a read or a unit stand in for the rows' first visits only while
+// nothing can have changed them.
+TEST_P(DynasetTest, ValuesReadAtAnOpenGiveWayToChangesMadeAfterIt) {
+    std::unique_ptr<engine::Recordset> rs;
+    const auto openInARead = [&] {
+        engine::ReadScope together(*db);
+        rs = openEmp();
+    };
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"c", openInARead},
+        {"c2",  // another program, once the read is over
+         [&] {
+             openInARead();
+             other->execute("UPDATE emp SET name = 'c2' WHERE id = 3");
+         }},
+        {"c3",  // another program, between two reads
+         [&] {
+             openInARead();
+             other->execute("UPDATE emp SET name = 'c3' WHERE id = 3");
+             engine::ReadScope again(*db);
+             EXPECT_EQ(nameAt(*rs, 2), "c3");
+         }},
+        {"c4",  // a statement inside the unit
+         [&] {
+             engine::Transaction unit(*db);
+             rs = openEmp();
+             db->execute("UPDATE emp SET name = 'c4' WHERE id = 3");
+             unit.commit();
+         }},
+        {"c5",  // another cursor inside the unit
+         [&] {
+             engine::Transaction unit(*db);
+             rs = openEmp();
+             write(*open("SELECT * FROM emp WHERE id = 3"), &engine::Recordset::edit, "name", "c5");
+             EXPECT_EQ(nameAt(*rs, 2), "c5");
+             unit.commit();
+         }},
+    };
+    for (const auto& [third, openAndChange] : cases) {
+        SCOPED_TRACE(third);
+        openAndChange();
+        EXPECT_EQ(nameAt(*rs, 2), third);
+        other->execute("UPDATE emp SET name = 'c' WHERE id = 3");
+    }
+}
+
+// Another connection's unit holds the rows it wrote: a write to them waits the bounded time and
+// then fails, and goes through once the unit is over.
+TEST_P(DynasetTest, AWriteToRowsAnotherUnitHoldsFailsAfterTheLockWait) {
+    other->beginTrans();
+    other->execute("UPDATE emp SET age = 10 WHERE id = 1");
+    EXPECT_EQ(errorOf([&] { db->execute("UPDATE emp SET age = 20 WHERE id = 1"); }),
+              engine::Locked);
+    other->commitTrans();
+    db->execute("UPDATE emp SET age = 20 WHERE id = 1");
+    EXPECT_EQ(testing_support::rowsOf(*other, "SELECT age FROM emp WHERE id = 1"),
+              QStringList({"20"}));
 }
 
 }  // namespace
