@@ -337,13 +337,18 @@ TEST_P(EngineTest, FieldsCarryTheLibrarysTypeNumbersSizesAndValues) {
               engine::DataTooLong);
 }
 
-// Text compares and sorts without regard to case, dates as dates, in the dialect's forms.
+// Text compares and sorts without regard to case, dates as dates, Null first, in the dialect's
+// forms.
 TEST_P(EngineTest, QueriesSelectByTheDialectsRules) {
     db->execute("UPDATE people SET born = CDATE('12/31/1999') WHERE name = \"bob\"");
     db->execute("UPDATE people SET born = CDATE('1/2/2000') WHERE name = 'Alice'");
     db->execute(
         "UPDATE [people] SET born = DATEADD(\"m\",-11,#1/1/2000 10:30#) WHERE [name] = 'carol'");
+    db->execute("UPDATE people SET salary = 100 WHERE name = 'carol'");
     const std::pair<const char*, QStringList> cases[] = {
+        // Null sorts below every value.
+        {"SELECT * FROM people ORDER BY salary DESC, name", {"carol", "Alice", "bob"}},
+        {"SELECT TOP 2 * FROM people ORDER BY salary, name DESC", {"bob", "Alice"}},
         {"SELECT * FROM people ORDER BY name", {"Alice", "bob", "carol"}},
         {"SELECT * FROM people WHERE name = 'ALICE'", {"Alice"}},
         {"SELECT * FROM people WHERE name IN ('BOB', 'CAROL') ORDER BY name DESC",

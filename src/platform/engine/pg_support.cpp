@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -583,6 +584,44 @@ Tokens expandStars(Connection& connection, Tokens tokens) {
     return tokens;
 }
 
+// The embedded engine sorts Null below every value; a server sorts it above, so each key of
+// the statement's own ORDER BY says where its Nulls go.
+Tokens nullsOrderedAsTheEngine(Tokens tokens) {
+    const std::vector<size_t> top = dialect::topLevel(tokens);
+    const auto order = std::adjacent_find(top.begin(), top.end(), [&](size_t a, size_t b) {
+        return tokens[a].isWord("order") && tokens[b].isWord("by");
+    });
+    if (order == top.end()) {
+        return tokens;
+    }
+    int depth = 0;
+    size_t lastOfKey = *(order + 1);
+    for (size_t i = lastOfKey + 1; i <= tokens.size(); ++i) {
+        const bool end = i == tokens.size();
+        if (!end) {
+            const Token& token = tokens[i];
+            depth += token.isSymbol("(") ? 1 : token.isSymbol(")") ? -1 : 0;
+            if (depth > 0 || token.kind == Token::Space) {
+                continue;
+            }
+            if (!token.isSymbol(",") && !token.isWord("limit")) {
+                lastOfKey = i;
+                continue;
+            }
+        }
+        const bool descending = tokens[lastOfKey].isWord("desc");
+        const Tokens nulls = {
+            {Token::Word, QStringLiteral("NULLS")},
+            {Token::Word, descending ? QStringLiteral("LAST") : QStringLiteral("FIRST")}};
+        tokens.insert(tokens.begin() + i, nulls.begin(), nulls.end());
+        if (end || tokens[i + nulls.size()].isWord("limit")) {
+            break;
+        }
+        i += nulls.size();
+    }
+    return tokens;
+}
+
 }  // namespace
 
 dialect::Tokens serverTokens(Connection& connection, const dialect::Tokens& source) {
@@ -608,7 +647,7 @@ dialect::Tokens serverTokens(Connection& connection, const dialect::Tokens& sour
             tokens.insert(tokens.begin() + i, *value);
         }
     }
-    return dialect::likeAsCalls(tokens);
+    return nullsOrderedAsTheEngine(dialect::likeAsCalls(tokens));
 }
 
 QString quoteName(const QString& name) {
