@@ -351,6 +351,8 @@ TEST_P(EngineTest, QueriesSelectByTheDialectsRules) {
         {"SELECT TOP 2 * FROM people ORDER BY salary, name DESC", {"bob", "Alice"}},
         {"SELECT * FROM people ORDER BY name", {"Alice", "bob", "carol"}},
         {"SELECT * FROM people WHERE name = 'ALICE'", {"Alice"}},
+        {"SELECT * FROM people WHERE name LIKE Left(name, 1) & '*O*' ORDER BY name",
+         {"bob", "carol"}},
         {"SELECT * FROM people WHERE name IN ('BOB', 'CAROL') ORDER BY name DESC",
          {"carol", "bob"}},
         {"SELECT * FROM people ORDER BY born", {"carol", "bob", "Alice"}},

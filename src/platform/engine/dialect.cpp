@@ -369,10 +369,18 @@ bool isValue(const Token& token) {
 }
 
 // Operators that bind more tightly than MOD.
-bool bindsTighter(const Token& token) {
+bool bindsTighterThanMod(const Token& token) {
     return token.isSymbol("*") || token.isSymbol("/") || token.isSymbol("\\") ||
            token.isSymbol("^");
 }
+
+// Operators that bind more tightly than a comparison such as LIKE: arithmetic and &.
+bool bindsTighterThanComparison(const Token& token) {
+    return bindsTighterThanMod(token) || token.isWord("mod") || token.isSymbol("+") ||
+           token.isSymbol("-") || token.isSymbol("&");
+}
+
+using Binding = bool (*)(const Token&);
 
 // Where the value that ends at `last` begins: a call, a parenthesized expression, or a
 // value, column or table.column; npos when `last` ends none.
@@ -415,7 +423,7 @@ size_t primaryAfter(const Tokens& tokens, size_t first) {
 }
 
 // The left operand of the operator at `at`: values joined by operators that bind more tightly.
-size_t leftOperand(const Tokens& tokens, size_t at) {
+size_t leftOperand(const Tokens& tokens, size_t at, Binding bindsTighter) {
     size_t start = primaryBefore(tokens, previousSignificant(tokens, at));
     for (size_t op = start == npos ? npos : previousSignificant(tokens, start);
          op != npos && bindsTighter(tokens[op]); op = previousSignificant(tokens, start)) {
@@ -429,7 +437,7 @@ size_t leftOperand(const Tokens& tokens, size_t at) {
 }
 
 // Past the end of the right operand of the operator at `at`, a sign allowed before it.
-size_t rightOperand(const Tokens& tokens, size_t at) {
+size_t rightOperand(const Tokens& tokens, size_t at, Binding bindsTighter) {
     size_t first = nextSignificant(tokens, at + 1);
     if (first < tokens.size() && (tokens[first].isSymbol("-") || tokens[first].isSymbol("+"))) {
         first = nextSignificant(tokens, first + 1);
@@ -551,8 +559,8 @@ void translateMod(Tokens& tokens, const QString& sql) {
         if (!tokens[i].isWord("mod")) {
             continue;
         }
-        const size_t first = leftOperand(tokens, i);
-        const size_t end = rightOperand(tokens, i);
+        const size_t first = leftOperand(tokens, i, bindsTighterThanMod);
+        const size_t end = rightOperand(tokens, i, bindsTighterThanMod);
         if (first == npos || end == npos) {
             throw error(SyntaxError, QStringLiteral("Syntax error (missing operator)"), sql);
         }
@@ -678,8 +686,8 @@ Tokens likeAsCalls(const Tokens& source) {
         const size_t before = previousSignificant(tokens, i);
         const bool negated = before != npos && tokens[before].isWord("not");
         const size_t op = negated ? before : i;
-        const size_t first = leftOperand(tokens, op);
-        const size_t end = rightOperand(tokens, i);
+        const size_t first = leftOperand(tokens, op, bindsTighterThanComparison);
+        const size_t end = rightOperand(tokens, i, bindsTighterThanComparison);
         if (first == npos || end == npos) {
             throw error(SyntaxError, QStringLiteral("Syntax error (missing operator)"),
                         render(source));
