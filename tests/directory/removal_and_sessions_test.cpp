@@ -89,8 +89,17 @@ TEST_P(ConsoleCommandsTest, EachKindAsksAndClearsWhatItsOwnRulesSay) {
         EXPECT_EQ(count("extaccess", c.extaccessGone), 0);
         EXPECT_EQ(count("extaccess", c.extaccessKept), c.tab == frmAdmin::Equipment ? 1 : 0);
         EXPECT_EQ(count("reminder", "userid = " + entry), c.remindersGo ? 0 : 1);
+        EXPECT_EQ(list->selectedRow(), 0);  // the list offers the remaining row
+        EXPECT_TRUE(entryCommandsEnabled());
     }
     EXPECT_EQ(count("watch_branch", "branchid = 11"), 1);
+
+    ReportList* list = showTab(frmAdmin::Equipment);
+    console.mnDelete->trigger();  // the menu does the same as the button; Enter answers No...
+    EXPECT_EQ(list->rowCount(), 1);
+    remove(list, 8, Yes);  // ...and the last row gone takes Edit and Delete with it
+    EXPECT_FALSE(entryCommandsEnabled());
+    EXPECT_TRUE(console.cmdNew->isEnabled());
 }
 
 // A command that fails, midway or at its commit under another program's lock, is undone whole and
@@ -192,19 +201,6 @@ TEST_F(FileConsoleCommandsTest, AFailedCommandChangesNothingAndCanBeTriedAgain) 
             EXPECT_FALSE(ui.ended);
         }
     }
-}
-
-TEST_P(ConsoleCommandsTest, DeletingTheLastRowDisablesEditAndDelete) {
-    ReportList* list = showTab(frmAdmin::Equipment);
-    remove(list, 8, Yes);
-    EXPECT_TRUE(entryCommandsEnabled());
-    EXPECT_EQ(list->selectedRow(), 0);  // the list offers the remaining row
-    console.mnDelete->trigger();        // the menu does the same as the button; Enter answers No...
-    EXPECT_EQ(list->rowCount(), 1);
-    remove(list, 9, Yes);
-    EXPECT_EQ(list->rowCount(), 0);
-    EXPECT_FALSE(entryCommandsEnabled());
-    EXPECT_TRUE(console.cmdNew->isEnabled());
 }
 
 // Logging an employee off, from every tab that shows the entries' commands and out of sight of
