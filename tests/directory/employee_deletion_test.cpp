@@ -233,8 +233,7 @@ TEST_P(EmployeeDeletionTest, OnlyAConfirmedChoiceOfAnotherEmployeeDeletes) {
                              "Choose from the list the employee who is to receive the data, or "
                              "choose to delete all of the employee's data.",
                              Msg::OKOnly | Msg::Exclamation, "Delete Employee"));
-        EXPECT_TRUE(window->isVisible());
-        EXPECT_TRUE(window->bCanceled);
+        EXPECT_TRUE(window->isVisible() && window->bCanceled);
         window->cmdCancel->click();
     });
     console.lstEmployees->selectRow(3);  // Brian
