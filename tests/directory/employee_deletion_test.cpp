@@ -162,7 +162,6 @@ TEST_P(HandOverTest, GivesTheBusinessDataToTheChosenEmployeeAndRemovesThePersona
     EXPECT_EQ(count("clients", "userid = 3"), receiver == "3" ? 5 : 3);
     // Not of his own clients: kept as they were, still naming him.
     EXPECT_EQ(count("invoice", "id = 150 AND userid = 2") + count("charges", "userid = 2"), 2);
-    EXPECT_EQ(count("files", "ownerid = 101"), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryPosition, HandOverTest, ::testing::Range(0, 4));
