@@ -239,6 +239,8 @@ TEST_P(EngineTest, FindComparesByTheEnginesRules) {
     EXPECT_TRUE(rs->noMatch());
     rs->moveFirst();  // a move leaves NoMatch as it was
     EXPECT_TRUE(rs->noMatch());
+    rs->findFirst("name LIKE '*[*]' OR name & age LIKE 'c*5'");
+    EXPECT_EQ(nameOf(*rs), "carol");
     EXPECT_EQ(errorOf([&] { rs->findFirst("nosuch = 1"); }), engine::UnknownName);
 }
 

@@ -364,8 +364,12 @@ bool isCall(const Tokens& tokens, size_t i) {
            tokens[next].isSymbol("(");
 }
 
+// A criteria's columns stand as numbered parameters (?1), which are values too.
 bool isValue(const Token& token) {
-    return token.kind != Token::Symbol && token.kind != Token::Space && !isKeyword(token);
+    if (token.kind == Token::Symbol) {
+        return token.text.startsWith('?');
+    }
+    return token.kind != Token::Space && !isKeyword(token);
 }
 
 // Operators that bind more tightly than MOD.
