@@ -98,7 +98,12 @@ protected:
     }
 };
 
-TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
+// A closed handle fails a command, a failed open shows the engine's text and keeps the path, and
+// a second open replaces the first database on the same handle.
+TEST_F(DBaseTest, FailsWithoutAHandleOrAFileAndOpensAgainOnTheSameHandle) {
+    gDBase.CloseDB();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(errorOf([] { gDBase.Execute("DELETE FROM users"); }), rt::ObjectNotSet);
     const QString missing = path("missing.mdb");
     ShowBusy();
     EXPECT_FALSE(gDBase.DBInit(missing));
@@ -106,13 +111,6 @@ TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
     EXPECT_FALSE(ui.busy);
     EXPECT_TRUE(testing_support::saidOnly(ui, "Couldn't find file '" + missing + "'."));
     EXPECT_FALSE(QFile::exists(missing));
-}
-
-// A second open replaces the first database on the same handle; a closed handle fails a command.
-TEST_F(DBaseTest, OpensAgainOnTheSameHandleAndFailsWithoutOne) {
-    gDBase.CloseDB();
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_EQ(errorOf([] { gDBase.Execute("DELETE FROM users"); }), rt::ObjectNotSet);
     EXPECT_TRUE(gDBase.DBInit(newDatabase("first.mdb")));
     gDBase.Execute("DELETE FROM users");
     const QString second = newDatabase("second.mdb");
