@@ -16,6 +16,7 @@ namespace {
 
 using RecSetTest = testing_support::SessionTest;
 
+// An unknown column fails in the caller, but not in ColsNoErr.
 TEST_F(RecSetTest, ColsNeverGivesANullForTextNumbersOrBooleans) {
     execute(
         "CREATE TABLE kinds (t VARCHAR(10), m LONGTEXT, s SMALLINT, l INTEGER, c CURRENCY, "
@@ -32,10 +33,6 @@ TEST_F(RecSetTest, ColsNeverGivesANullForTextNumbersOrBooleans) {
         EXPECT_TRUE(rs->ColsWithNull(column).isNull()) << column;
         EXPECT_TRUE(rs->ColsNoErr(column).isNull()) << column;
     }
-}
-
-TEST_F(RecSetTest, AnUnknownColumnFailsInTheCallerButNotInColsNoErr) {
-    auto rs = open("SELECT * FROM users");
     EXPECT_EQ(errorOf([&] { Variant value = rs->Cols("nosuch"); }), engine::ItemNotFound);
     EXPECT_TRUE(rs->ColsNoErr("nosuch").isEmpty());
     EXPECT_THROW(rs->ColsWithNull("nosuch"), rt::Error);
@@ -101,7 +98,12 @@ protected:
     }
 };
 
-TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
+// A closed handle fails a command, a failed open shows the engine's text and keeps the path, and
+// a second open replaces the first database on the same handle.
+TEST_F(DBaseTest, FailsWithoutAHandleOrAFileAndOpensAgainOnTheSameHandle) {
+    gDBase.CloseDB();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(errorOf([] { gDBase.Execute("DELETE FROM users"); }), rt::ObjectNotSet);
     const QString missing = path("missing.mdb");
     ShowBusy();
     EXPECT_FALSE(gDBase.DBInit(missing));
@@ -109,13 +111,6 @@ TEST_F(DBaseTest, AFailedOpenShowsTheEnginesTextAndKeepsThePath) {
     EXPECT_FALSE(ui.busy);
     EXPECT_TRUE(testing_support::saidOnly(ui, "Couldn't find file '" + missing + "'."));
     EXPECT_FALSE(QFile::exists(missing));
-}
-
-// A second open replaces the first database on the same handle; a closed handle fails a command.
-TEST_F(DBaseTest, OpensAgainOnTheSameHandleAndFailsWithoutOne) {
-    gDBase.CloseDB();
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_EQ(errorOf([] { gDBase.Execute("DELETE FROM users"); }), rt::ObjectNotSet);
     EXPECT_TRUE(gDBase.DBInit(newDatabase("first.mdb")));
     gDBase.Execute("DELETE FROM users");
     const QString second = newDatabase("second.mdb");

@@ -1,5 +1,5 @@
-// The User Fields page on real widgets over an installed database: what each kind of record
-// lists, and moving a field between the classes.
+// The User Fields page on real widgets over an installed database on every backend: what each
+// kind of record lists, and moving a field between the classes.
 
 #include "fields/user_fields_tab.h"
 #include "data/dbase.h"
@@ -20,10 +20,13 @@ namespace {
 using platform::Msg::No;
 using platform::Msg::Yes;
 
-class UserFieldsTabTest : public testing_support::SessionTest {
+class UserFieldsTabFixture : public testing_support::SessionTest {
 protected:
     void SetUp() override {
         SessionTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
         gTermFinancial = QStringLiteral("Wealth");
         gTermProject = QStringLiteral("Engagement");
         auto* layout = new QVBoxLayout(&page);
@@ -103,7 +106,11 @@ protected:
     std::optional<UserFieldsTab> tab;
 };
 
-TEST_F(UserFieldsTabTest, EachKindListsTheDefinitionRowsOfItsTableWithTheirClasses) {
+class UserFieldsTabTest : public testing_support::OnEveryBackend<UserFieldsTabFixture> {};
+
+ORVANE_ON_EVERY_BACKEND(UserFieldsTabTest);
+
+TEST_P(UserFieldsTabTest, EachKindListsTheDefinitionRowsOfItsTableWithTheirClasses) {
     for (const char* parent : {"clntudf", "clntudf2", "listudf", "projudf", "acctudf"}) {
         setClass(parent, "udf2", 1, "Second");
         setClass(parent, "udf3", 2, "Hobby");
@@ -133,7 +140,7 @@ TEST_F(UserFieldsTabTest, EachKindListsTheDefinitionRowsOfItsTableWithTheirClass
 
 // Sorted, the rows no longer stand in the cursor's order: the field is found by its column. A
 // refused move leaves the button on the class clicked until the row is selected again.
-TEST_F(UserFieldsTabTest, AMoveWritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
+TEST_P(UserFieldsTabTest, AMoveWritesTheClassAndClearsPersonalRowsOnlyWhenAgreed) {
     const QString question =
         "If you change a user field from C to A or B all information for that user field will be "
         "cleared.  Do you wish to continue?";
@@ -183,7 +190,7 @@ TEST_F(UserFieldsTabTest, AMoveWritesTheClassAndClearsPersonalRowsOnlyWhenAgreed
     }
 }
 
-TEST_F(UserFieldsTabTest, AKindWithoutDefinitionsIsToldAndTheOtherKindsStillWork) {
+TEST_P(UserFieldsTabTest, AKindWithoutDefinitionsIsToldAndTheOtherKindsStillWork) {
     execute("DELETE FROM udfs WHERE Parent = 'listudf'");
     tab->FillKinds();
 

@@ -121,10 +121,6 @@ TEST_P(ValidateLogonTest, AGoodLogonFillsTheSessionAndRemembersTheSettings) {
     EXPECT_EQ(settings(), window.database + "|server1|admin|orvane");
     EXPECT_TRUE(ui.busy);  // the start of the run ends the hourglass
     EXPECT_TRUE(ui.messages.empty());
-
-    window.savePassword = 0;
-    EXPECT_TRUE(validate("admin", "orvane"));
-    EXPECT_EQ(settings(), window.database + "|server1|admin|-");  // saved empty: not set
 }
 
 // Level 10 and level 8 hold the right to all clients; a member of a workgroup sees it starred.

@@ -1,6 +1,6 @@
 // An office's legacy database brought along: the Jet files of the test data land with every row
-// and value as mdb-export reads them, a database of the suite's own tables opens in the console
-// as before, and a file that can't be read is refused with nothing left behind.
+// and value as mdb-export reads them, and a database of the suite's own tables opens in the
+// console as before.
 
 #include "import.h"
 #include "../directory/console_fixture.h"
@@ -14,7 +14,6 @@
 #include "settings/settings_file.h"
 
 #include <QFile>
-#include <QRandomGenerator>
 
 #include <algorithm>
 #include <cmath>
@@ -295,80 +294,6 @@ TEST_P(ImportedOfficeTest, AnotherVersionIsRefusedByTheGate) {
     EXPECT_TRUE(QStringList(shown.begin(), shown.end())
                     .join('\n')
                     .contains("The database you are trying to open is a 6.4 version"));
-}
-
-// The tool: a summary of what it imported; a target that holds tables is refused and left as it
-// was; and a file that is no Jet database or is damaged gets a message, a non-zero exit, and
-// nothing at the target.
-class ImportToolTest : public ::testing::Test {
-protected:
-    ProgramRun run(const QString& legacyFile, const QString& target) {
-        return runProgram(QStringLiteral(LATTIMER_DB), {"import", legacyFile, target});
-    }
-    QTemporaryDir dir;
-};
-
-TEST_F(ImportToolTest, ImportsAFileAndSumsUpItsTables) {
-    const QString target = dir.filePath("office.mdb");
-    const ProgramRun result = run(kLegacyJet + "/testV2000.mdb", target);
-    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_TRUE(result.out.contains("  Table1: 2 rows\n  Table2: 0 rows\n"))
-        << result.out.toStdString();
-    EXPECT_TRUE(result.err.contains("importing Table2")) << result.err.toStdString();
-
-    const ProgramRun again = run(kLegacyJet + "/testV1997.mdb", target);
-    EXPECT_EQ(again.exitCode, 1);
-    EXPECT_TRUE(again.err.contains("already holds tables")) << again.err.toStdString();
-    EXPECT_EQ(testing_support::rowsOf(*engine::openDatabase(target), "SELECT A FROM Table1"),
-              QStringList({"abcdefg", "a"}));
-}
-
-TEST_F(ImportToolTest, ABadFileGetsAMessageAndLeavesNothing) {
-    const auto legacy = [](const QString& name) {
-        QFile file(kLegacyJet + "/" + name);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    };
-    const QByteArray jet3 = legacy("testV1997.mdb");
-    const QByteArray jet4 = legacy("testV2000.mdb");
-    QRandomGenerator generator(7);
-    QByteArray noise(64 * 1024, '\0');
-    for (char& byte : noise) {
-        byte = char(generator.bounded(256));
-    }
-    QByteArray scrambled = jet3;  // a damaged page in the middle of a file whose header is sound
-    for (qsizetype at = 2048 * 3; at < scrambled.size(); at += 97) {
-        scrambled[at] = char(generator.bounded(256));
-    }
-    // A table's definition blanked: libmdb aborts on it, or, where fresh memory isn't zeroed
-    // (under a sanitizer), goes round in circles; either way the file is told as damaged.
-    const QByteArray blanked = QByteArray(jet3).replace(46 * 2048, 2048, QByteArray(2048, '\0'));
-    const struct {
-        const char* name;
-        QByteArray bytes;
-        const char* message;
-    } cases[] = {
-        {"empty", QByteArray(), "is not a Jet database file"},
-        {"noise", noise, "is not a Jet database file"},
-        {"cut mid-page", jet4.left(100000), "is cut short"},
-        {"cut at a page", jet3.left(64 * 1024), "is damaged"},
-        {"cut after the catalog", jet4.left(40 * 4096), "damaged"},
-        {"scrambled", scrambled, "damaged"},
-        {"a table blanked", blanked, "damaged"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        QFile legacyFile(dir.filePath(QString(c.name) + ".mdb"));
-        ASSERT_TRUE(legacyFile.open(QIODevice::WriteOnly));
-        legacyFile.write(c.bytes);
-        legacyFile.close();
-        const QString target = dir.filePath(QString(c.name) + "-target.mdb");
-        const ProgramRun result = run(legacyFile.fileName(), target);
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_TRUE(result.err.startsWith("lattimer-db: ")) << result.err.toStdString();
-        EXPECT_TRUE(result.err.contains(c.message)) << result.err.toStdString();
-        EXPECT_FALSE(QFile::exists(target));
-    }
 }
 
 }  // namespace
