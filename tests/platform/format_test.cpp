@@ -140,6 +140,7 @@ TEST(FormatDates, CodesOnOneMoment) {
         {Variant::date(0.5), "c", "12:00:00 PM"},
         {kWhen, "w ww q y", "4 2 1 5"},  // Weekday 4 (facts sheet); 1 Jan 2000 is a Saturday
         {Variant::date(36891), "ww y q", "54 366 4"},  // Sun 31 Dec 2000: ww runs to 54
+        {Variant::date(36526), "ww", "1"},             // Sat 1 Jan 2000 ends week 1
         {kWhen, "hh:nn:ss AM/PM h am/pm h A/P h a/p h AMPM", "01:05:09 PM 1 pm 1 P 1 p 1 PM"},
         {Variant::date(36530), "h:nn AM/PM", "12:00 AM"},
         {kWhen, "\\d\\a\\y d \"of\" yyyy", "day 5 of 2000"},
