@@ -588,36 +588,27 @@ Tokens expandStars(Connection& connection, Tokens tokens) {
 // the statement's own ORDER BY says where its Nulls go.
 Tokens nullsOrderedAsTheEngine(Tokens tokens) {
     const std::vector<size_t> top = dialect::topLevel(tokens);
-    const auto order = std::adjacent_find(top.begin(), top.end(), [&](size_t a, size_t b) {
+    const auto by = std::adjacent_find(top.begin(), top.end(), [&](size_t a, size_t b) {
         return tokens[a].isWord("order") && tokens[b].isWord("by");
     });
-    if (order == top.end()) {
+    if (by == top.end()) {
         return tokens;
     }
-    int depth = 0;
-    size_t lastOfKey = *(order + 1);
-    for (size_t i = lastOfKey + 1; i <= tokens.size(); ++i) {
-        const bool end = i == tokens.size();
-        if (!end) {
-            const Token& token = tokens[i];
-            depth += token.isSymbol("(") ? 1 : token.isSymbol(")") ? -1 : 0;
-            if (depth > 0 || token.kind == Token::Space) {
-                continue;
-            }
-            if (!token.isSymbol(",") && !token.isWord("limit")) {
-                lastOfKey = i;
-                continue;
-            }
+    // Each key ends at a comma of the clause, or where the clause ends: at LIMIT or the end.
+    std::vector<size_t> keyEnds;
+    auto t = by + 2;
+    for (; t != top.end() && !tokens[*t].isWord("limit"); ++t) {
+        if (tokens[*t].isSymbol(",")) {
+            keyEnds.push_back(*t);
         }
-        const bool descending = tokens[lastOfKey].isWord("desc");
+    }
+    keyEnds.push_back(t == top.end() ? tokens.size() : *t);
+    for (auto end = keyEnds.rbegin(); end != keyEnds.rend(); ++end) {
+        const bool descending = tokens[significantBefore(tokens, *end)].isWord("desc");
         const Tokens nulls = {
             {Token::Word, QStringLiteral("NULLS")},
             {Token::Word, descending ? QStringLiteral("LAST") : QStringLiteral("FIRST")}};
-        tokens.insert(tokens.begin() + i, nulls.begin(), nulls.end());
-        if (end || tokens[i + nulls.size()].isWord("limit")) {
-            break;
-        }
-        i += nulls.size();
+        tokens.insert(tokens.begin() + *end, nulls.begin(), nulls.end());
     }
     return tokens;
 }
